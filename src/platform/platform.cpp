@@ -1,0 +1,15 @@
+#include "platform/platform.h"
+
+#include <atomic>
+
+namespace nuvelta::platform {
+
+namespace {
+std::atomic<Platform*> g_installed{nullptr};
+}  // namespace
+
+Platform& Os() noexcept { return *g_installed.load(std::memory_order_relaxed); }
+
+void Install(Platform* platform) noexcept { g_installed.store(platform); }
+
+}  // namespace nuvelta::platform
