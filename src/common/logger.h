@@ -1,0 +1,69 @@
+// The process-wide service log: one rotating file per service start, written
+// asynchronously by spdlog.
+#pragma once
+
+#include <cstdarg>
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+#if defined(__clang__)
+#define NUVELTA_PRINTF(format_index, first_argument) \
+  __attribute__((format(printf, format_index, first_argument)))
+#elif defined(__GNUC__)
+#define NUVELTA_PRINTF(format_index, first_argument) \
+  __attribute__((format(gnu_printf, format_index, first_argument)))
+#else
+#define NUVELTA_PRINTF(format_index, first_argument)
+#endif
+
+namespace spdlog {
+class logger;
+}
+
+namespace nuvelta {
+
+// The levels of CLogger::WriteLog. Levels 1 to 4 and 6 put the thread id and a
+// tag letter before the message; only level 6 prints the function name.
+inline constexpr int kLogError = 1;
+inline constexpr int kLogInfo = 2;
+inline constexpr int kLogWarning = 3;
+inline constexpr int kLogInfoToo = 4;  // writes exactly like level 2
+inline constexpr int kLogBare = 5;     // the message alone, as an info record
+inline constexpr int kLogTrace = 6;
+
+class CLogger {
+ public:
+  static CLogger& GetInstance();
+
+  // Creates the log folder, the time-stamped file and the logger, asks the
+  // registry whether to write, and starts log retention on a thread of its own.
+  // Called once a process, before anything logs. When the file cannot be opened
+  // the service goes on without a log. Defined in init_logger.cpp.
+  void InitLogger();
+
+  // Formats like printf, cut at 4095 characters, and queues one record. Safe on
+  // any thread; innermost of all locks. Levels outside 1 to 6 write nothing.
+  void WriteLog(int iLevel, const char* pszFunction, const char* pszFormat, ...)
+      NUVELTA_PRINTF(4, 5);
+  void WriteLogV(int iLevel, const char* pszFunction, const char* pszFormat, va_list arguments)
+      NUVELTA_PRINTF(4, 0);
+
+  // Queues a trace-scope line, `sign` '+' or '-', without WriteLog's mutex.
+  void WriteTraceScope(char sign, const char* pszFuncName);
+
+  // Forgets the logger, as at the start of a process.
+  void MakeAfresh();
+
+ private:
+  CLogger() = default;
+
+  std::mutex m_mutex;
+  std::shared_ptr<spdlog::logger> m_logger;
+};
+
+// WriteLog at level 2 and level 1.
+void LogInfo(const char* pszFunction, const char* pszFormat, ...) NUVELTA_PRINTF(2, 3);
+void LogError(const char* pszFunction, const char* pszFormat, ...) NUVELTA_PRINTF(2, 3);
+
+}  // namespace nuvelta
