@@ -1,0 +1,66 @@
+// The way to the modem through the mobile-broadband stack.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace nuvelta {
+
+namespace platform {
+class AccountWatcher;
+}
+
+class CMbnWinRtHelper {
+ public:
+  // The command channel. No state, no exception leaves these three.
+
+  // True when there is a default MBIM modem; false when not or on a failure.
+  static bool IsMbimExist();
+
+  // Asks the modem for its functionality level, at most 2 seconds. True only
+  // when `cfun` holds the modem's answer; writes -2 without a modem and -1 when
+  // the modem lacks the vendor service, else leaves it alone. `exceptionRaised`
+  // tells whether a platform call threw.
+  static bool GetMbimCfun(int32_t& cfun, bool& exceptionRaised);
+
+  // Sets the modem's functionality level to 1, at most 2 seconds. True only when
+  // the modem confirmed it. `exceptionRaised` as above.
+  static bool SetMbimCfun(bool& exceptionRaised);
+
+  // The account watcher, one for the life of the process.
+
+  static CMbnWinRtHelper& GetInstance();
+
+  // The first call creates and starts the watcher, later ones do nothing. From
+  // then on `on_account_added` runs on a platform thread for each account, those
+  // already present included. The caller sees to it that one thread calls at a
+  // time. Throws what the two functions below throw.
+  void Init(std::function<void()> on_account_added);
+
+  // Creates the watcher and registers the handlers. Throws on any failure; the
+  // registrations after it are not made.
+  void InitMobileBroadbandAccountWatcher();
+
+  // Starts the watcher unless it runs. Logs a std::exception and swallows it;
+  // anything else, HresultError included, leaves the function.
+  void StartMobileBroadbandAccountWatcher();
+
+  // On threads of the platform.
+  void AccountAddedHandler();
+  static void AccountRemovedHandler();
+  static void AccountEnumHandler();
+
+  // Forgets watcher and flag, as at the start of a process. Call it only while
+  // no thread of the service or of the platform runs.
+  void MakeAfresh();
+
+ private:
+  CMbnWinRtHelper() = default;
+
+  bool m_bInitialised = false;
+  std::shared_ptr<platform::AccountWatcher> m_watcher;
+  std::function<void()> m_onAccountAdded;
+};
+
+}  // namespace nuvelta
