@@ -1,0 +1,119 @@
+#include "auth/auth_task.h"
+
+#include <type_traits>
+
+#include "auth/systeminfo.h"
+#include "common/common_util.h"
+#include "common/func_trace.h"
+#include "common/logger.h"
+#include "common/scope_exit.h"
+#include "modem/device_helper.h"
+#include "modem/mbn_winrt_helper.h"
+
+namespace nuvelta {
+
+namespace {
+
+constexpr const char* kName = "CTaskAuthModule::doJob";
+
+constexpr int32_t kNotReady = -2;
+constexpr int32_t kNotSupported = -1;
+constexpr int32_t kRadioOn = 1;
+
+static_assert(std::is_trivially_destructible_v<CTaskAuthModule>);
+
+}  // namespace
+
+bool CTaskAuthModule::doJob(bool* pbRetry) {
+  const CFuncTrace trace(kName);
+  bIsDealing = true;
+  const ScopeExit done([this] { bIsDealing = false; });
+  if (!IsModemReady(pbRetry)) return false;
+  // Deliberately a constant, written before the registry is read.
+  LogInfo(kName, "ReadIsDisableVerifyReg return %d", -1);
+  if (!CommonUtil::IsDisableVerify() && !IsPlatformApproved()) return false;
+  return EnableRadio(pbRetry);
+}
+
+bool CTaskAuthModule::IsModemReady(bool* pbRetry) {
+  bool present = false;
+  CDeviceHelper::IsNuveltaMBIMDevcieExist(present);
+  if (!present) {
+    *pbRetry = true;
+    LogInfo(kName, "MBIM Device is not nuvelta device.");
+    return false;
+  }
+  if (!CMbnWinRtHelper::IsMbimExist()) {
+    LogInfo(kName, "MBIM Device is not exist.");
+    *pbRetry = true;
+    // Deliberate: the exit line stands twice on this path.
+    CFuncTrace::WriteExit(kName);
+    return false;
+  }
+  return true;
+}
+
+// A rejection is final: deliberately no retry.
+bool CTaskAuthModule::IsPlatformApproved() {
+  if (!VerifyPlatform()) {
+    LogError(kName, "Invalid Modem in this platform.");
+    return false;
+  }
+  LogInfo(kName, "Valid Modem in this platform.");
+  LogInfo(kName, "VerifyPlatform pass");
+  // Deliberately constructed, for the log lines that it writes.
+  const Systeminfo info;
+  if (!Systeminfo::isFccMode()) {
+    LogError(kName, "isFccMode = false  , exit");
+    return false;
+  }
+  LogInfo(kName, "isFccMode pass");
+  return true;
+}
+
+bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
+  int32_t cfun = kNotReady;
+  bool exceptionRaised = false;
+  const bool answered = CMbnWinRtHelper::GetMbimCfun(cfun, exceptionRaised);
+  if (exceptionRaised) return HandleException(pbRetry);
+  if (!answered) {
+    LogInfo(kName, "get cfun fail,retry");
+    *pbRetry = true;
+    return true;
+  }
+  LogInfo(kName, "Current CFUN = %d (4 QUERY_CFUN_0 ;-1 NOT SUPPORT MA)", cfun);
+  if (cfun == kNotSupported) {
+    LogInfo(kName, "module not support ma,return");
+    *pbRetry = false;
+    return true;
+  }
+  if (cfun == kNotReady) {
+    LogInfo(kName, "CFUN = %d, mbim not ready ,will retry", cfun);
+    *pbRetry = true;
+    return true;
+  }
+  if (cfun == kRadioOn) {
+    LogInfo(kName, "CFUN = %d, cfun 1,will do nothing", cfun);
+    return true;
+  }
+  const bool set = CMbnWinRtHelper::SetMbimCfun(exceptionRaised);
+  if (exceptionRaised) return HandleException(pbRetry);
+  if (set) {
+    LogInfo(kName, "SET MBIM FUN SUCCESS!");
+    return true;
+  }
+  // Deliberately false here, while a failed query returns true.
+  LogError(kName, "SetMbimCfun failed, will retry!!!");
+  *pbRetry = true;
+  return false;
+}
+
+bool CTaskAuthModule::HandleException(bool* pbRetry) {
+  LogInfo(kName, "bIsException happend ,will add Exception times and retry");
+  *pbRetry = true;
+  iExceptionTimes += 1;
+  iRetryTimes += 2;
+  return true;
+}
+
+}  // namespace nuvelta

@@ -1,0 +1,87 @@
+#include <array>
+
+#include "auth/auth_task.h"
+#include "auth/platform_table.h"
+#include "auth/systeminfo.h"
+#include "common/func_trace.h"
+#include "common/logger.h"
+#include "modem/device_helper.h"
+
+namespace nuvelta {
+
+namespace {
+
+constexpr const char* kName = "CTaskAuthModule::VerifyPlatform";
+constexpr size_t kMinProjectLength = 3;
+constexpr size_t kHwidSize = 128;
+
+// The log shows the sizes of the table as it is laid out on the target.
+constexpr int kLoggedTableSize = 1760;
+constexpr int kLoggedEntrySize = 32;
+
+bool IsCS24Project(const std::string& project) {
+  const CFuncTrace trace("IsCS24Project");
+  return IsCs24ProjectName(project);
+}
+
+std::string ReadProject() {
+  const Systeminfo info;
+  std::string project = info.project_name_;
+  LogInfo(kName, "SMBIOS system project_name = %s", project.c_str());
+  if (project.size() < kMinProjectLength) {
+    project = info.family_;
+    // The comma is the full-width one of code page 936.
+    LogInfo(kName,
+            "SMBIOS system project_name = %s "
+            "\xA3\xAC"
+            " replace by family",
+            project.c_str());
+  }
+  return project;
+}
+
+}  // namespace
+
+bool CTaskAuthModule::IsSupportPlatform(const std::string& project) {
+  constexpr const char* kPartName = "CTaskAuthModule::IsSupportPlatform";
+  LogInfo(kPartName,
+          "platform_modem_map_size = %d ;sizeof(platform_modem_map) = %d ; "
+          "sizeof(platform_modem_map[0] = %d ; ",
+          static_cast<int>(kPlatformCount), kLoggedTableSize, kLoggedEntrySize);
+  return IsListedPlatform(project);
+}
+
+bool CTaskAuthModule::IsSupportModem(const std::string& project, const char* hwid) {
+  constexpr const char* kPartName = "CTaskAuthModule::IsSupportModem";
+  LogInfo(kPartName, "SMBIOS system version = %s, Device modem_id = %s", project.c_str(), hwid);
+  const CFuncTrace trace(kPartName);
+  return IsAllowedModem(project, hwid);
+}
+
+bool CTaskAuthModule::VerifyPlatform() {
+  const CFuncTrace trace(kName);
+  std::string project = ReadProject();
+  if (!IsCS24Project(project)) {
+    LogInfo(kName, "CS25 project");
+    // Deliberately a second, fresh reading of the firmware.
+    project = Cs25PlatformKey(project, Systeminfo().baseboard_product_);
+  }
+  if (!IsSupportPlatform(project)) {
+    // Deliberately approved, and without the closing line.
+    LogInfo(kName, "not in platform list. VerifyPlatform return = true ");
+    return true;
+  }
+  std::array<char, kHwidSize> szAuthHwid{};
+  const bool found = CDeviceHelper::GetAuthDeviceHwid(szAuthHwid);
+  LogInfo(kName, "szAuthHwid = %s", szAuthHwid.data());
+  bool allowed = false;
+  if (found) {
+    allowed = IsSupportModem(project, szAuthHwid.data());
+  } else {
+    LogInfo(kName, "Get Nuvelta Device HardwareID Faild");
+  }
+  LogInfo(kName, "VerifyPlatform return = %s ", allowed ? "true" : "false");
+  return allowed;
+}
+
+}  // namespace nuvelta
