@@ -1,0 +1,89 @@
+// The time of the last logon, from the Application event log.
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+#include "common/logger.h"
+#include "common/scope_exit.h"
+#include "common/text_util.h"
+#include "platform/clock.h"
+#include "platform/event_log.h"
+#include "platform/platform.h"
+#include "service/logon_record.h"
+#include "service/resume.h"
+
+namespace nuvelta {
+
+namespace {
+
+constexpr const char* kName = "getLastLogTime";
+constexpr size_t kReadBufferSize = 0x8000;
+constexpr int64_t kFallbackAge = 604800;  // seconds, seven days
+
+// Deliberately the raw month, 0 to 11, in every text of this file.
+void WriteTime(std::span<char> text, const std::tm& local) {
+  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900,
+                local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+}
+
+std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
+  std::vector<std::byte> buffer(kReadBufferSize);
+  uint32_t dwRead = 0;
+  uint32_t dwNeeded = 0;
+  while (platform::Os().event_log.ReadEventLogW(
+             log, platform::kEventLogSequentialRead | platform::kEventLogBackwardsRead, 0, buffer,
+             dwRead, dwNeeded) &&
+         dwRead != 0) {
+    LogInfo(kName, "dwRead = %d,dwNeeded = %d", static_cast<int>(dwRead),
+            static_cast<int>(dwNeeded));
+    const size_t size = dwRead < buffer.size() ? dwRead : buffer.size();
+    if (auto record = FindLogonRecord(std::span<const std::byte>(buffer).first(size))) {
+      return record;
+    }
+  }
+  return std::nullopt;
+}
+
+void LogLogon(const LogonRecord& record, const std::tm& local) {
+  LogInfo(kName,
+          "find logon time !! %02d RecordNumber = %d ; Event ID: %08d EventType: %d ; "
+          "EventCategory = %d ; TimeGenerated = %d ;TimeWritten = %d(%04d-%02d-%02d "
+          "%02d:%02d:%02d ) Source: %s",
+          0, static_cast<int>(record.RecordNumber), static_cast<int>(record.EventID),
+          record.EventType, record.EventCategory, static_cast<int>(record.TimeGenerated),
+          static_cast<int>(record.TimeWritten), local.tm_year + 1900, local.tm_mon, local.tm_mday,
+          local.tm_hour, local.tm_min, local.tm_sec, ToAnsi(record.SourceName).c_str());
+}
+
+}  // namespace
+
+bool getLastLogTime(std::span<char> timeText, int64_t& logonTime) {
+  LogInfo(kName, "+getLastLogTime");
+  platform::EventLog& event_log = platform::Os().event_log;
+  const platform::EventLogHandle log = event_log.OpenEventLogW(u"Application");
+  if (log == platform::EventLogHandle{}) {
+    LogError(kName, "Could not open the Application event log.");
+    return false;
+  }
+  platform::Clock& clock = platform::Os().clock;
+  const std::optional<LogonRecord> record = FindNewestLogon(log);
+  if (record) {
+    const std::tm local = clock.localtime(record->TimeWritten);
+    LogLogon(*record, local);
+    WriteTime(timeText, local);
+    logonTime = record->TimeWritten;
+  } else {
+    logonTime = clock.time() - kFallbackAge;
+    WriteTime(timeText, clock.localtime(logonTime));
+    // Deliberately "one day ago", though it is seven days back.
+    LogInfo(kName,
+            "not find logon time,because start long long ago , so set a fake time = %s : one day "
+            "ago",
+            timeText.data());
+  }
+  event_log.CloseEventLog(log);
+  LogInfo(kName, "-getLastLogTime");
+  return record.has_value();
+}
+
+}  // namespace nuvelta

@@ -1,0 +1,17 @@
+// Makes the one task that every trigger adds.
+#pragma once
+
+namespace nuvelta {
+
+class CTask;
+class CTaskManager;
+
+class CTaskFactory {
+ public:
+  // A new authentication task with the defaults (30 runs, highest priority),
+  // owned by the caller until CTaskManager::addTask takes it; null when the heap
+  // is exhausted.
+  static CTask* createTask(CTaskManager* pTaskManager);
+};
+
+}  // namespace nuvelta
