@@ -77,6 +77,7 @@ bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
   const bool answered = CMbnWinRtHelper::GetMbimCfun(cfun, exceptionRaised);
   if (exceptionRaised) return HandleException(pbRetry);
   if (!answered) {
+    // Deliberately true below, unlike after a failed set.
     LogInfo(kName, "get cfun fail,retry");
     *pbRetry = true;
     return true;

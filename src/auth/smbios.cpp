@@ -19,7 +19,10 @@ uint8_t ByteAt(std::span<const std::byte> bytes, size_t offset) {
 }
 
 SmbiosStructure StructureAt(const SmbiosTable& table, size_t offset) {
-  return {.offset = offset, .type = table.At(offset), .length = table.At(offset + 1)};
+  const bool whole = offset + 1 < table.End();
+  return {.offset = offset,
+          .type = table.At(offset),
+          .length = whole ? table.At(offset + 1) : uint8_t{0}};
 }
 
 // Where the structure after this one begins; at or past the end after the last.
@@ -79,6 +82,7 @@ std::string_view ResolveString(const SmbiosTable& table, const SmbiosStructure& 
 std::optional<FccContent> FindFccContent(const SmbiosTable& table) {
   for (size_t offset = 0; offset < table.End();) {
     const SmbiosStructure structure = StructureAt(table, offset);
+    // Deliberately the first of its type only, and of exactly this length.
     if (structure.type != kFccType) {
       offset = NextOffset(table, structure);
       continue;
@@ -97,6 +101,7 @@ std::optional<FccContent> FindFccContent(const SmbiosTable& table) {
 bool IsFccContent(const SmbiosTable& table, const FccContent& content,
                   std::span<const uint8_t> marker) {
   if (!content.closed || content.length != marker.size()) return false;
+  // The last byte of the marker is deliberately not compared.
   for (size_t index = 0; index + 1 < marker.size(); ++index) {
     const char left = ToLower(static_cast<char>(table.At(content.offset + index)));
     const char right = ToLower(static_cast<char>(marker[index]));

@@ -15,7 +15,7 @@ constexpr const char* kName = "CTaskAuthModule::VerifyPlatform";
 constexpr size_t kMinProjectLength = 3;
 constexpr size_t kHwidSize = 128;
 
-// The log shows the sizes of the table as it is laid out on the target.
+// Deliberately fixed numbers: the sizes that the log has always shown.
 constexpr int kLoggedTableSize = 1760;
 constexpr int kLoggedEntrySize = 32;
 
@@ -42,6 +42,7 @@ std::string ReadProject() {
 
 }  // namespace
 
+// Deliberately without a trace scope, unlike its siblings.
 bool CTaskAuthModule::IsSupportPlatform(const std::string& project) {
   constexpr const char* kPartName = "CTaskAuthModule::IsSupportPlatform";
   LogInfo(kPartName,

@@ -10,7 +10,15 @@ namespace nuvelta {
 
 class CTaskManager;
 
+// The vocabulary of task types. Only the first is used: the authentication task
+// deliberately reports it, and duplicates are found by the number alone.
 inline constexpr int32_t TASK_TYPE_ID_CHANGE_USB_MODE = 100;
+inline constexpr int32_t TASK_TYPE_ID_CHECK_STATUS = 200;
+inline constexpr int32_t TASK_TYPE_ID_QUICK_BOOT = 300;
+inline constexpr int32_t TASK_TYPE_ID_UNZIP_FIRMWARE = 400;
+inline constexpr int32_t TASK_TYPE_ID_UPGRADE = 500;
+inline constexpr int32_t TASK_TYPE_ID_UPGRADE_FROM_EDL = 600;
+inline constexpr int32_t TASK_TYPE_ID_UPGRADE_FROM_NORMAL = 700;
 
 inline constexpr int32_t TASK_PRIORITY_HIGH = 0;
 inline constexpr int32_t TASK_PRIORITY_MEDIUM = 1;
@@ -21,7 +29,8 @@ inline constexpr int32_t TASK_PRIORITY_LOW = 2;
 class CTask {
  public:
   // Runs the task once, on the worker thread only. The caller presets *pbRetry
-  // to false; the task sets it to true when it wants another run. Never throws.
+  // to false; the task sets it to true when it wants another run. Never throws,
+  // except that memory is exhausted.
   virtual bool doJob(bool* pbRetry) = 0;
   virtual const char* getTaskName() = 0;
   virtual int32_t getTaskTypeId() = 0;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <string_view>
 
 namespace nuvelta {
 
@@ -10,9 +9,9 @@ class CFuncTrace {
  public:
   // Writes the entry line. Names longer than 1023 characters are cut.
   explicit CFuncTrace(const char* pszFuncName);
-  // Writes the exit line, unless dismissed or left by an exception: one that
-  // leaves a scope ends the process without unwinding on the platform, so there
-  // the line is never written.
+  // Writes the exit line, unless dismissed or left by an exception: no scope is
+  // left by an exception that anybody handles, and one that nobody handles ends
+  // the process without unwinding on the platform, so there the line never comes.
   ~CFuncTrace();
   CFuncTrace(const CFuncTrace&) = delete;
   CFuncTrace& operator=(const CFuncTrace&) = delete;

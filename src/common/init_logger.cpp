@@ -35,14 +35,24 @@ std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path) {
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%d %H:%M:%S.%e %v", spdlog::pattern_time_type::local, "\r\n"));
     logger->flush_on(spdlog::level::trace);
-    spdlog::flush_every(kFlushInterval);
+    // Deliberately off until the registry has been asked: with logging switched
+    // off the file exists and stays empty.
     logger->set_level(spdlog::level::off);
     return logger;
   } catch (const std::exception& error) {
-    // A service without its log is still worth more than no service.
+    // A service without its log is still worth more than no service. There is no
+    // log to say so in, so it goes to standard output.
     platform::Os().environment.WriteStandardOutput(std::string("no service log: ") + error.what() +
                                                    "\n");
     return nullptr;
+  }
+}
+
+// Every message is flushed as it is written, so the log can do without.
+void StartPeriodicFlush() {
+  try {
+    spdlog::flush_every(kFlushInterval);
+  } catch (const std::exception&) {
   }
 }
 
@@ -52,6 +62,7 @@ void CLogger::InitLogger() {
   const std::string folder = BuildLogFolderPath();
   CreateFolders(folder);
   m_logger = CreateFileLogger(BuildLogFilePath(folder));
+  StartPeriodicFlush();
   if (CommonUtil::IsEnableServiceLog() && m_logger != nullptr) {
     m_logger->set_level(spdlog::level::trace);
   }

@@ -6,6 +6,7 @@
 #include "common/func_trace.h"
 #include "common/log_folder.h"
 #include "common/logger.h"
+#include "common/scope_exit.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/platform.h"
@@ -52,11 +53,11 @@ Scan ScanFolder(const std::string& folder) {
   platform::FindData data;
   const platform::FindHandle find = files.FindFirstFileA(pattern.data(), data);
   if (find == platform::InvalidHandle<platform::FindHandle>()) return scan;
+  const ScopeExit close([&] { files.FindClose(find); });
   int number = 1;
   do {
     AddFile(scan, data, now, number++);
   } while (files.FindNextFileA(find, data));
-  files.FindClose(find);
   return scan;
 }
 
@@ -69,7 +70,7 @@ void DeleteLogFile(const std::string& folder, const std::string& name) {
 }
 
 void Prune(const std::string& folder, Scan scan) {
-  int counter = 1;
+  int counter = 1;  // deliberately advances twice for a file with both reasons
   for (const LogFileRecord& file : scan.files) {
     const RetentionVerdict verdict = JudgeOldest(scan.total, file.age);
     const double total_mb = Megabytes(scan.total);
@@ -95,6 +96,7 @@ void Prune(const std::string& folder, Scan scan) {
     }
     // Deliberately also when neither reason holds, at the exact limits.
     DeleteLogFile(folder, file.name);
+    // Deliberately also when the deletion failed.
     scan.total -= file.size;
   }
 }
@@ -108,9 +110,11 @@ bool DeletionOrder::operator()(const LogFileRecord& left, const LogFileRecord& r
 }
 
 RetentionVerdict JudgeOldest(int64_t total, double age) {
-  return {
-      .keep = total < kMaxLogFolderSize && age<kMaxLogAge, .too_large = total> kMaxLogFolderSize,
-      .too_old = age > kMaxLogAge};
+  RetentionVerdict verdict;
+  verdict.keep = total < kMaxLogFolderSize && age < kMaxLogAge;
+  verdict.too_large = total > kMaxLogFolderSize;
+  verdict.too_old = age > kMaxLogAge;
+  return verdict;
 }
 
 int64_t FileTimeToSeconds(uint64_t file_time) {

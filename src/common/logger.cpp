@@ -23,9 +23,18 @@ ThreadIdText CurrentThreadIdText() {
   return text;
 }
 
-void Send(spdlog::logger& logger, spdlog::level::level_enum level, const fmt::memory_buffer& text) {
-  logger.log(platform::Os().clock.Now(), spdlog::source_loc{}, level,
-             spdlog::string_view_t(text.data(), text.size()));
+// Formats and queues one record. A log that cannot take it (out of memory, or
+// already closed while the process exits) must not harm its caller.
+template <class... Texts>
+void Send(spdlog::logger& logger, spdlog::level::level_enum level, fmt::string_view line,
+          const Texts&... texts) noexcept {
+  try {
+    fmt::memory_buffer text;
+    fmt::format_to(fmt::appender(text), fmt::runtime(line), texts...);
+    logger.log(platform::Os().clock.Now(), spdlog::source_loc{}, level,
+               spdlog::string_view_t(text.data(), text.size()));
+  } catch (...) {
+  }
 }
 
 struct LevelRow {
@@ -47,8 +56,9 @@ constexpr std::array<LevelRow, 7> kLevels{{
 }  // namespace
 
 CLogger& CLogger::GetInstance() {
-  static CLogger instance;
-  return instance;
+  // Never destroyed: the worker may still log while the process exits.
+  static auto* const instance = new CLogger;
+  return *instance;
 }
 
 void CLogger::WriteLog(int iLevel, const char* pszFunction, const char* pszFormat, ...) {
@@ -61,32 +71,33 @@ void CLogger::WriteLog(int iLevel, const char* pszFunction, const char* pszForma
 void CLogger::WriteLogV(int iLevel, const char* pszFunction, const char* pszFormat,
                         va_list arguments) {
   const std::lock_guard lock(m_mutex);
-  if (iLevel < kLogError || iLevel > kLogTrace || m_logger == nullptr) return;
+  if (iLevel < kLogError || iLevel > kLogTrace || m_bMuted || m_logger == nullptr) return;
   const LevelRow& row = kLevels[static_cast<size_t>(iLevel)];
   if (!m_logger->should_log(row.level)) return;
 
   std::array<char, kMessageSize> szMessage{};
   std::vsnprintf(szMessage.data(), szMessage.size(), pszFormat, arguments);
   const ThreadIdText szThreadId = CurrentThreadIdText();
-  const auto line = fmt::runtime(row.line);
-  fmt::memory_buffer text;
   if (iLevel == kLogTrace) {
-    fmt::format_to(fmt::appender(text), line, szThreadId.data(), pszFunction, szMessage.data());
+    Send(*m_logger, row.level, row.line, szThreadId.data(), pszFunction, szMessage.data());
   } else {
-    fmt::format_to(fmt::appender(text), line, szThreadId.data(), szMessage.data());
+    Send(*m_logger, row.level, row.line, szThreadId.data(), szMessage.data());
   }
-  Send(*m_logger, row.level, text);
 }
 
 void CLogger::WriteTraceScope(char sign, const char* pszFuncName) {
-  if (m_logger == nullptr || !m_logger->should_log(spdlog::level::trace)) return;
-  fmt::memory_buffer text;
-  fmt::format_to(fmt::appender(text), "{0} h : {1} {2}", CurrentThreadIdText().data(), sign,
-                 pszFuncName);
-  Send(*m_logger, spdlog::level::trace, text);
+  if (m_bMuted || m_logger == nullptr || !m_logger->should_log(spdlog::level::trace)) return;
+  Send(*m_logger, spdlog::level::trace, "{0} h : {1} {2}", CurrentThreadIdText().data(), sign,
+       pszFuncName);
 }
 
-void CLogger::MakeAfresh() { m_logger.reset(); }
+void CLogger::Mute() { m_bMuted = true; }
+
+void CLogger::MakeAfresh() {
+  m_logger.reset();
+  m_bMuted = false;
+  spdlog::shutdown();
+}
 
 void LogInfo(const char* pszFunction, const char* pszFormat, ...) {
   va_list arguments;

@@ -2,10 +2,10 @@
 // asynchronously by spdlog.
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 #include <memory>
 #include <mutex>
-#include <string_view>
 
 #if defined(__clang__)
 #define NUVELTA_PRINTF(format_index, first_argument) \
@@ -52,12 +52,16 @@ class CLogger {
   // Queues a trace-scope line, `sign` '+' or '-', without WriteLog's mutex.
   void WriteTraceScope(char sign, const char* pszFuncName);
 
-  // Forgets the logger, as at the start of a process.
+  // Writes nothing until MakeAfresh; safe on any thread.
+  void Mute();
+  // Writes out what is queued and forgets the logger, as at the start of a
+  // process. No other thread may log.
   void MakeAfresh();
 
  private:
   CLogger() = default;
 
+  std::atomic<bool> m_bMuted = false;
   std::mutex m_mutex;
   std::shared_ptr<spdlog::logger> m_logger;
 };

@@ -16,11 +16,14 @@ namespace {
 constexpr std::u16string_view kLogsKey = u"SOFTWARE\\Nuvelta Wireless Inc\\Logs";
 constexpr std::u16string_view kServiceKey = u"SOFTWARE\\Nuvelta Wireless Inc\\MAService";
 constexpr int32_t kNotRead = -1;
+// Deliberately without the class, unlike the trace scope's name. All lines under
+// it are deliberately at error level, the success line included.
 constexpr const char* kReaderName = "ReadDWORDRegValue";
 
 // Deliberately the thread's last error, not the status that the call returned.
 int LastError() { return static_cast<int>(platform::Os().threads.GetLastError()); }
 
+// The value may have changed since its type and size were asked.
 int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32_t size) {
   platform::Memory& memory = platform::Os().memory;
   auto* buffer = static_cast<std::byte*>(memory.HeapAlloc(size));
@@ -29,12 +32,11 @@ int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32
   uint32_t type = platform::kRegDword;
   if (platform::Os().registry.RegQueryValueExW(key, value, type, buffer, size) !=
           platform::kErrorSuccess ||
-      size == 0) {
+      type != platform::kRegDword || size == 0) {
     LogError(kReaderName, "RegQueryValueEx FAIL ,ERROR code = %d", LastError());
     return kNotRead;
   }
   const auto ret = static_cast<int32_t>(buffer[0]);
-  // Deliberately at error level, the success line included.
   LogError(kReaderName, "RegQueryValueEx success, ret = %d", ret);
   return ret;
 }
@@ -79,7 +81,8 @@ bool CommonUtil::IsEnableServiceLog() {
   return false;
 }
 
-// No trace scope: deliberately only an exit line, and only before true.
+// The two values are deliberately of opposite sense. No trace scope: deliberately
+// only an exit line, and only before true.
 bool CommonUtil::IsDisableVerify() {
   constexpr const char* kName = "CommonUtil::IsDisableVerify";
   const int32_t support = ReadDWORDRegValue(0, kServiceKey, u"SupportVerifyPlatform");

@@ -18,8 +18,9 @@ int LogToken(int64_t token) { return static_cast<int>(token); }
 }  // namespace
 
 CMbnWinRtHelper& CMbnWinRtHelper::GetInstance() {
-  static CMbnWinRtHelper instance;
-  return instance;
+  // Never destroyed: the platform may call a handler while the process exits.
+  static auto* const instance = new CMbnWinRtHelper;
+  return *instance;
 }
 
 void CMbnWinRtHelper::Init(std::function<void()> on_account_added) {
@@ -36,6 +37,7 @@ void CMbnWinRtHelper::InitMobileBroadbandAccountWatcher() {
   constexpr const char* kName = "CMbnWinRtHelper::InitMobileBroadbandAccountWatcher";
   const CFuncTrace trace(kName);
   m_watcher = platform::Os().mobile_broadband.CreateAccountWatcher();
+  // The tokens are deliberately not kept: the handlers stay for good.
   const int64_t added = NotNull(m_watcher)->AccountAdded([this] { AccountAddedHandler(); });
   LogInfo(kName, "event add token = %d\n", LogToken(added));
   const int64_t removed = m_watcher->AccountRemoved(&CMbnWinRtHelper::AccountRemovedHandler);

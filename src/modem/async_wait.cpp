@@ -19,7 +19,7 @@ class Completion {
   Completion() : m_event(platform::Os().threads.CreateEventW(true, false)) {
     if (m_event != platform::EventHandle{}) return;
     const uint32_t error = platform::Os().threads.GetLastError();
-    throw platform::HresultError{kWin32Facility | error};
+    throw platform::HresultError{kWin32Facility | (error & 0xFFFFU)};
   }
   ~Completion() { platform::Os().threads.CloseHandle(m_event); }
   Completion(const Completion&) = delete;

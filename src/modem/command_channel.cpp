@@ -71,7 +71,8 @@ GuidText ToText(const platform::Guid& id) {
   return text;
 }
 
-// Goes through the whole list even after a match: the log shows every service.
+// Deliberately goes through the whole list even after a match: the log shows
+// every service.
 bool HasVendorService(platform::Modem& modem) {
   bool found = false;
   const std::shared_ptr<platform::DeviceServiceList> services = modem.DeviceServices();
@@ -79,7 +80,11 @@ bool HasVendorService(platform::Modem& modem) {
   for (uint32_t index = 0; index < size; ++index) {
     const GuidText id = ToText(NotNull(services->GetAt(index))->DeviceServiceId());
     LogInfo(kGetName, "device sevice: %s\n", id.data());
-    if (!EqualIgnoreCase(id.data(), kVendorServiceText)) continue;
+    // The platform hands out wide text; one that cannot be converted is no match.
+    const std::string_view text = id.data();
+    if (!EqualIgnoreCase(ToAnsi(std::u16string(text.begin(), text.end())), kVendorServiceText)) {
+      continue;
+    }
     LogInfo(kGetName, "find service : %s ,support MA", kVendorServiceText);
     found = true;
   }
@@ -121,6 +126,7 @@ std::shared_ptr<platform::CommandResult> AwaitResult(platform::CommandOperation&
   return nullptr;
 }
 
+// No data at all reads as a short answer.
 bool ReadCfun(platform::CommandResult& result, int32_t& cfun) {
   const std::shared_ptr<platform::DataBuffer> data = result.ResponseData();
   if (data == nullptr || data->Length() < kResponseSize) return false;
@@ -151,6 +157,7 @@ bool QueryCfun(platform::CommandSession& session, int32_t& cfun) {
       done = true;
     }
   }
+  // Deliberately also after a time-out, without a cancel.
   session.CloseSession();
   return done;
 }
@@ -217,8 +224,8 @@ bool CMbnWinRtHelper::GetMbimCfun(int32_t& cfun, bool& exceptionRaised) {
   return false;
 }
 
-// Deliberately without a look at the service list, and with its failures, apart
-// from a missing modem, at info level.
+// Deliberately without a look at the service list and without the session line,
+// and with its failures, apart from a missing modem, at info level.
 bool CMbnWinRtHelper::SetMbimCfun(bool& exceptionRaised) {
   const CFuncTrace trace(kSetName);
   exceptionRaised = false;

@@ -36,7 +36,7 @@ void KeepHwid(std::string_view kept, std::span<char, 128> hwid) {
   std::ranges::copy(kept, hwid.begin());
 }
 
-// True when a device of the maker was found. The first PCI device ends the
+// True when a device of the maker was found. Deliberately the first PCI device ends the
 // search; a later USB device replaces an earlier one.
 bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
   platform::Devices& devices = platform::Os().devices;

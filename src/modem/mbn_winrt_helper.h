@@ -35,8 +35,15 @@ class CMbnWinRtHelper {
   // The first call creates and starts the watcher, later ones do nothing. From
   // then on `on_account_added` runs on a platform thread for each account, those
   // already present included. The caller sees to it that one thread calls at a
-  // time. Throws what the two functions below throw.
+  // time. Throws what its two steps throw.
   void Init(std::function<void()> on_account_added);
+
+  // Forgets watcher and flag, as at the start of a process. Call it only while
+  // no thread of the service or of the platform runs.
+  void MakeAfresh();
+
+ private:
+  CMbnWinRtHelper() = default;
 
   // Creates the watcher and registers the handlers. Throws on any failure; the
   // registrations after it are not made.
@@ -46,17 +53,10 @@ class CMbnWinRtHelper {
   // anything else, HresultError included, leaves the function.
   void StartMobileBroadbandAccountWatcher();
 
-  // On threads of the platform.
+  // On threads of the platform. Only an added account starts work.
   void AccountAddedHandler();
   static void AccountRemovedHandler();
   static void AccountEnumHandler();
-
-  // Forgets watcher and flag, as at the start of a process. Call it only while
-  // no thread of the service or of the platform runs.
-  void MakeAfresh();
-
- private:
-  CMbnWinRtHelper() = default;
 
   bool m_bInitialised = false;
   std::shared_ptr<platform::AccountWatcher> m_watcher;

@@ -23,7 +23,7 @@ class EventLog {
   // when not even one fits (kErrorInsufficientBuffer, `needed` set).
   virtual bool ReadEventLogW(EventLogHandle log, uint32_t flags, uint32_t offset,
                              std::span<std::byte> buffer, uint32_t& read, uint32_t& needed) = 0;
-  virtual bool CloseEventLog(EventLogHandle log) = 0;
+  virtual bool CloseEventLog(EventLogHandle log) noexcept = 0;
 };
 
 }  // namespace nuvelta::platform

@@ -27,7 +27,7 @@ class Files {
   // when there is none.
   virtual FindHandle FindFirstFileA(const std::string& pattern, FindData& data) = 0;
   virtual bool FindNextFileA(FindHandle find, FindData& data) = 0;
-  virtual bool FindClose(FindHandle find) = 0;
+  virtual bool FindClose(FindHandle find) noexcept = 0;
   virtual bool DeleteFileA(const std::string& path) = 0;
   // The name under which the logging library opens the file at `path`.
   virtual std::string LibraryPath(const std::string& path) = 0;

@@ -11,8 +11,8 @@ namespace nuvelta::platform {
 
 inline constexpr uint32_t kAfUnspec = 0;  // AF_UNSPEC
 inline constexpr uint32_t kAfInet = 2;    // AF_INET
-inline constexpr uint32_t kGaaFlagSkipMulticast =
-    2;                                          // GAA_FLAG_SKIP_MULTICAST, as this system uses it
+// Deliberately 2, the value that this system passes under that name.
+inline constexpr uint32_t kGaaFlagSkipMulticast = 2;
 inline constexpr uint32_t kIfTypeWwanPp = 243;  // IF_TYPE_WWANPP
 inline constexpr uint32_t kDiocrInstaller = 1;  // DIOCR_INSTALLER
 

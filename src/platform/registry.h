@@ -21,7 +21,7 @@ class Registry {
   virtual ~Registry() = default;
 
   // Each function returns a Win32 status code (0 on success), as the registry
-  // functions do; none of them sets the thread's last error.
+  // functions do; the thread's last error is not part of their answer.
 
   // Opens `subkey` (backslash-separated, letter case ignored) of
   // HKEY_LOCAL_MACHINE; `key` is set on success only.
@@ -40,7 +40,7 @@ class Registry {
   // Writes the name of subkey `index`, NUL-terminated, into `name`;
   // kErrorNoMoreItems past the last one.
   virtual uint32_t RegEnumKeyExA(KeyHandle key, uint32_t index, std::span<char> name) = 0;
-  virtual uint32_t RegCloseKey(KeyHandle key) = 0;
+  virtual uint32_t RegCloseKey(KeyHandle key) noexcept = 0;
 };
 
 }  // namespace nuvelta::platform

@@ -91,7 +91,8 @@ struct ServiceRecord {
   uint32_t dwProcessId = 0;
 };
 
-// The used members of SHELLEXECUTEINFOW.
+// The used members of SHELLEXECUTEINFOW; no window and no directory. The texts
+// are NUL-terminated.
 struct ShellExecuteInfo {
   uint32_t cbSize = 112;
   uint32_t fMask = 0;
@@ -130,14 +131,14 @@ class ServiceControl {
 
   // The manager of the local machine, active database; null on failure.
   virtual ManagerHandle OpenSCManagerW(uint32_t access) = 0;
-  // Fills `buffer` with the services' records; false with kErrorMoreData and the
+  // Fills `buffer` with the services' records of every group; false with kErrorMoreData and the
   // missing byte count in `needed` when it is too small.
   virtual bool EnumServicesStatusExW(ManagerHandle manager, uint32_t level, uint32_t type,
                                      uint32_t state, void* buffer, uint32_t size, uint32_t& needed,
                                      uint32_t& returned) = 0;
   // Reads record `index` of a filled buffer.
   virtual ServiceRecord ReadService(const void* buffer, uint32_t index) = 0;
-  virtual bool CloseServiceHandle(ManagerHandle manager) = 0;
+  virtual bool CloseServiceHandle(ManagerHandle manager) noexcept = 0;
 
   virtual bool ShellExecuteExW(const ShellExecuteInfo& info) = 0;
 };

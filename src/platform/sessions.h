@@ -18,8 +18,8 @@ class Sessions {
  public:
   virtual ~Sessions() = default;
 
-  // On success `list` points to `count` records that live as long as the
-  // process; false sets the last error.
+  // The local server, version 1. On success `list` points to `count` records that live as long as
+  // the process; false sets the last error.
   virtual bool WTSEnumerateSessionsW(const SessionInfo*& list, uint32_t& count) = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "service/control_handler.h"
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -66,9 +67,11 @@ void OnDeviceEvent(uint32_t eventType, const void* eventData) {
   if (header[1] != platform::kDbtDevTypDeviceInterface) return;
   LogInfo(kName, "Device %s. (%s)", arrival ? "Arrival" : "Removal",
           InterfaceName(eventData, header[0]).c_str());
+  // Deliberately any network adapter: the job finds out whether it is the modem.
   if (arrival && g_pNService != nullptr) NService::dealDeviceArrive();
 }
 
+// The level is only logged; the event type is deliberately not examined.
 void OnPowerEvent(const void* eventData) {
   LogInfo(kName, "SERVICE_CONTROL_POWEREVENT");
   if (eventData == nullptr) return;
@@ -84,6 +87,7 @@ void OnPowerEvent(const void* eventData) {
     LogInfo(kName, "ULONG32  tmp = %u%%", tmp);
   } else {
     LogInfo(kName, "pPowerBroadcastSetting->PowerSetting != GUID_BATTERY_PERCENTAGE_REMAINING");
+    // Deliberately "%ul": the "l" is text.
     LogInfo(kName, "pPowerBroadcastSetting->PowerSetting =  %ul -", setting.PowerSetting.Data1);
   }
 }
@@ -94,6 +98,8 @@ uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* ev
                             void* /*context*/) {
   const CFuncTrace trace(kName);
   LogInfo(kName, "CtrlCode = 0x%x ; dwEventType = %d", control, static_cast<int>(eventType));
+  // Shutdown, pause and continue are not accepted, so they never come; their
+  // branches stay as defaults.
   switch (control) {
     case platform::kServiceControlStop:
     case platform::kServiceControlShutdown:
@@ -114,6 +120,7 @@ uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* ev
       OnPowerEvent(eventData);
       break;
     case platform::kServiceControlSessionChange:
+      // Deliberately only logged: a logon adds no task.
       if (eventType >= 1 && eventType < kSessionChanges.size()) {
         LogInfo(kName, "%s", kSessionChanges[eventType]);
       }

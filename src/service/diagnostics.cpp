@@ -4,8 +4,6 @@
 #include <cinttypes>
 #include <cstddef>
 #include <cstring>
-#include <new>
-#include <vector>
 
 #include "common/logger.h"
 #include "common/scope_exit.h"
@@ -44,6 +42,7 @@ void LogBootTime() {
   system.FileTimeToLocalFileTime(boot, local);
   platform::SystemTime time;
   system.FileTimeToSystemTime(local, time);
+  // Deliberately the month first.
   LogInfo(kName, "Date: %02d-%02d-%04d\nTime: %02d:%02d:%02d\n", time.wMonth, time.wDay, time.wYear,
           time.wHour, time.wMinute, time.wSecond);
 }

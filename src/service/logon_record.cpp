@@ -18,7 +18,7 @@ Number Read(std::span<const std::byte> record, size_t offset) {
   return number;
 }
 
-// The source name that follows the header; empty when it has no end.
+// The source name that follows the header; none when it has no end.
 std::optional<std::u16string> SourceName(std::span<const std::byte> record) {
   std::u16string name;
   for (size_t at = kHeaderSize; at + sizeof(char16_t) <= record.size(); at += sizeof(char16_t)) {
@@ -37,9 +37,8 @@ std::optional<LogonRecord> FindLogonRecord(std::span<const std::byte> records) {
     if (length < kHeaderSize || length > records.size()) return std::nullopt;
     const std::span<const std::byte> record = records.first(length);
     const std::optional<std::u16string> source = SourceName(record);
-    if (!source) return std::nullopt;
     const auto type = Read<uint16_t>(record, 24);
-    if (*source == kLogonSource && type == kInformationType) {
+    if (source == kLogonSource && type == kInformationType) {
       return LogonRecord{.RecordNumber = Read<uint32_t>(record, 8),
                          .TimeGenerated = Read<uint32_t>(record, 12),
                          .TimeWritten = Read<uint32_t>(record, 16),

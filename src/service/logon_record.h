@@ -21,8 +21,8 @@ struct LogonRecord {
 };
 
 // The first record of the source "Wlclntfy" (letter case counts) and of the
-// information type. A record that does not lie whole inside the bytes, or whose
-// source name has no end, closes the walk.
+// information type. A record without an end to its source name is passed over; one that
+// does not lie whole inside the bytes ends the walk over them.
 std::optional<LogonRecord> FindLogonRecord(std::span<const std::byte> records);
 
 }  // namespace nuvelta

@@ -33,7 +33,7 @@ std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
   while (platform::Os().event_log.ReadEventLogW(
              log, platform::kEventLogSequentialRead | platform::kEventLogBackwardsRead, 0, buffer,
              dwRead, dwNeeded) &&
-         dwRead != 0) {
+         dwRead != 0) {  // a read of nothing would come again for ever
     LogInfo(kName, "dwRead = %d,dwNeeded = %d", static_cast<int>(dwRead),
             static_cast<int>(dwNeeded));
     const size_t size = dwRead < buffer.size() ? dwRead : buffer.size();
@@ -49,41 +49,46 @@ void LogLogon(const LogonRecord& record, const std::tm& local) {
           "find logon time !! %02d RecordNumber = %d ; Event ID: %08d EventType: %d ; "
           "EventCategory = %d ; TimeGenerated = %d ;TimeWritten = %d(%04d-%02d-%02d "
           "%02d:%02d:%02d ) Source: %s",
-          0, static_cast<int>(record.RecordNumber), static_cast<int>(record.EventID),
-          record.EventType, record.EventCategory, static_cast<int>(record.TimeGenerated),
-          static_cast<int>(record.TimeWritten), local.tm_year + 1900, local.tm_mon, local.tm_mday,
-          local.tm_hour, local.tm_min, local.tm_sec, ToAnsi(record.SourceName).c_str());
+          0 /* deliberately constant */, static_cast<int>(record.RecordNumber),
+          static_cast<int>(record.EventID), record.EventType, record.EventCategory,
+          static_cast<int>(record.TimeGenerated), static_cast<int>(record.TimeWritten),
+          local.tm_year + 1900, local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min,
+          local.tm_sec, ToAnsi(record.SourceName).c_str());
+}
+
+// Fills the outputs from the newest logon record of an open log; false when the
+// log has none and a time seven days back stands in.
+bool TakeLogonTime(platform::EventLogHandle log, std::span<char> timeText, int64_t& logonTime) {
+  platform::Clock& clock = platform::Os().clock;
+  const ScopeExit close([&] { platform::Os().event_log.CloseEventLog(log); });
+  if (const std::optional<LogonRecord> record = FindNewestLogon(log)) {
+    const std::tm local = clock.localtime(record->TimeWritten);
+    LogLogon(*record, local);
+    WriteTime(timeText, local);
+    logonTime = record->TimeWritten;
+    return true;
+  }
+  logonTime = clock.time() - kFallbackAge;
+  WriteTime(timeText, clock.localtime(logonTime));
+  // Deliberately "one day ago", though it is seven days back.
+  LogInfo(kName,
+          "not find logon time,because start long long ago , so set a fake time = %s : one day ago",
+          timeText.data());
+  return false;
 }
 
 }  // namespace
 
 bool getLastLogTime(std::span<char> timeText, int64_t& logonTime) {
   LogInfo(kName, "+getLastLogTime");
-  platform::EventLog& event_log = platform::Os().event_log;
-  const platform::EventLogHandle log = event_log.OpenEventLogW(u"Application");
+  const platform::EventLogHandle log = platform::Os().event_log.OpenEventLogW(u"Application");
   if (log == platform::EventLogHandle{}) {
     LogError(kName, "Could not open the Application event log.");
     return false;
   }
-  platform::Clock& clock = platform::Os().clock;
-  const std::optional<LogonRecord> record = FindNewestLogon(log);
-  if (record) {
-    const std::tm local = clock.localtime(record->TimeWritten);
-    LogLogon(*record, local);
-    WriteTime(timeText, local);
-    logonTime = record->TimeWritten;
-  } else {
-    logonTime = clock.time() - kFallbackAge;
-    WriteTime(timeText, clock.localtime(logonTime));
-    // Deliberately "one day ago", though it is seven days back.
-    LogInfo(kName,
-            "not find logon time,because start long long ago , so set a fake time = %s : one day "
-            "ago",
-            timeText.data());
-  }
-  event_log.CloseEventLog(log);
+  const bool found = TakeLogonTime(log, timeText, logonTime);
   LogInfo(kName, "-getLastLogTime");
-  return record.has_value();
+  return found;
 }
 
 }  // namespace nuvelta

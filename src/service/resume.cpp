@@ -47,6 +47,8 @@ void OnResume() {
   LogInfo(kName, "PBT_APMRESUMEAUTOMATIC g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
           g_szSuspendTime.data(), g_suspendTime_t);
   const int64_t difference = g_suspendTime_t - logonTime;
+  // No suspend seen yet, or a logon after it, makes the difference negative:
+  // deliberately a quick boot.
   if (difference >= kQuickBootThreshold) {
     LogInfo(kName,
             "PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; g_suspendTime_t - "

@@ -52,6 +52,8 @@ bool Enumerate(platform::ManagerHandle manager, void* buffer, uint32_t size, uin
       buffer, size, needed, returned);
 }
 
+// The command kills this process moments later, so the process handle that the
+// launch leaves is deliberately neither waited for nor closed.
 bool Launch(std::u16string_view parameters) {
   platform::ShellExecuteInfo info;
   info.fMask = platform::kSeeMaskNoCloseProcess;
@@ -97,9 +99,10 @@ uint32_t CommonUtil::RestartService() {
     LogError(kRestartService, "Find service name fail,return false");
     return 0;
   }
-  std::u16string parameters = u"/C taskkill /pid " +
-                              ToWide(std::to_string(static_cast<int32_t>(processId))) +
-                              u" /f & net start \"" + ToWide(name.data()) + u"\"";
+  const std::u16string wide_name = ToWide(name.data());
+  const std::string digits = std::to_string(static_cast<int32_t>(processId));
+  std::u16string parameters = u"/C taskkill /pid " + std::u16string(digits.begin(), digits.end()) +
+                              u" /f & net start \"" + wide_name + u"\"";
   parameters.resize(std::min(parameters.size(), kParametersSize - 1));
   LogInfo(kRestartService, "buffer %s", ToAnsi(parameters).c_str());
   if (!Launch(parameters)) {

@@ -40,6 +40,7 @@ void RegisterUsbDeviceNotification() {
 
 void RegisterNotifications() {
   platform::ServiceControl& control = platform::Os().service_control;
+  // Deliberately unchecked: the battery level is only logged.
   control.RegisterPowerSettingNotification(g_hServiceStatus,
                                            platform::kGuidBatteryPercentageRemaining,
                                            platform::kDeviceNotifyServiceHandle);

@@ -5,7 +5,7 @@
 
 namespace nuvelta {
 
-// The whole life of the process, on its main thread: installs the crash-dump
+// The body of wmain, the whole life of the process on its main thread: installs the crash-dump
 // writer, opens the log and hands the thread to the service dispatcher. Returns
 // the process's exit code: 0 after the service has stopped, else the dispatcher's
 // error (1063 when not started by the service control manager).

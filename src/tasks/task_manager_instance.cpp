@@ -38,9 +38,8 @@ CTaskManager::CTaskManager()
 
 CTaskManager* CTaskManager::GetTaskManagerInstance() {
   const CFuncTrace trace("CTaskManager::GetTaskManagerInstance");
-  const platform::CriticalSectionHandle creation_lock = CreationLock();
   if (CTaskManager* pExisting = g_pTaskManager; pExisting != nullptr) return pExisting;
-  const CriticalSectionLock lock(creation_lock);
+  const CriticalSectionLock lock(CreationLock());
   if (g_pTaskManager == nullptr) {
     const CFuncTrace construction("CTaskManager::CTaskManager");
     g_pTaskManager = new (std::nothrow) CTaskManager();

@@ -31,6 +31,7 @@ bool CTaskManager::MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTa
     LogInfo(kAddTask,
             "find the same task ID, and the retry times(%d) != 0 ,so do not add the new task(%d)",
             pTask->getTaskTypeId(), iRetryTimes);
+    // The queued task may be running: the worker reads the count between runs.
     ++pQueued->iRetryTimes;
     ++pQueued->iRetryTimes;
     CTask::Destroy(pTask);
@@ -121,6 +122,7 @@ void CTaskManager::popTask(CTask* pTask) {
     m_setTaskElement.erase(stored);
     taskElement.lstTask.erase(found);
     LogInfo(kName, "after  delete task list size = %d", Size(taskElement));
+    // A level that has become empty stays in the set; readers skip it.
     m_setTaskElement.insert(std::move(taskElement));
     return;
   }

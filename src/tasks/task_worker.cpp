@@ -18,6 +18,7 @@ constexpr const char* kAuthTaskName = "CTaskAuthModule";
 constexpr int32_t kMostExceptions = 3;
 constexpr uint32_t kPauseBeforeRetry = 2000;  // milliseconds
 constexpr uint32_t kPauseAfterRun = 500;      // milliseconds
+constexpr uint32_t kPauseWithoutEvent = 500;  // milliseconds
 
 bool IsRestartDue(CTask* pTask) {
   return EqualIgnoreCase(pTask->getTaskName(), kAuthTaskName) &&
@@ -32,6 +33,7 @@ void CTaskManager::init() {
   m_bRunning = true;
   m_hThread = platform::Os().threads.CreateThread(dealTaskThread, this, "task worker");
   if (m_hThread == platform::ThreadHandle{}) {
+    // The service deliberately goes on: tasks are queued and never run.
     const uint32_t error = platform::Os().threads.GetLastError();
     LogInfo(kName, "Create task deal thread failed, errcode(0x%x).\r\n", error);
   }
@@ -64,7 +66,7 @@ void CTaskManager::WaitForTask() {
   platform::Threads& threads = platform::Os().threads;
   if (threads.WaitForSingleObject(m_hTaskEvent, platform::kInfinite) == platform::kWaitFailed) {
     // Without its event the worker looks for tasks at intervals instead.
-    threads.Sleep(kPauseAfterRun);
+    threads.Sleep(kPauseWithoutEvent);
   }
   threads.ResetEvent(m_hTaskEvent);
 }
@@ -106,7 +108,7 @@ void CTaskManager::RetryTask(CTask* pTask) {
   const CFuncTrace trace(kName);
   LogInfo(kName, "\r\n\r\n retry deal task : %s ,retry times(%d) \r\n", pTask->getTaskName(),
           pTask->iRetryTimes.load());
-  --pTask->iRetryTimes;
+  --pTask->iRetryTimes;  // to -1 when a resume has cleared it meanwhile
   platform::Os().threads.Sleep(kPauseBeforeRetry);
 }
 

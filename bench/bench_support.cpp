@@ -1,0 +1,48 @@
+#include "bench_support.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "apps/story/story.h"
+#include "platform/virtual/scenario_reader.h"
+
+namespace nuvelta::bench {
+
+TemporaryFolder::TemporaryFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "nuvelta_bench_XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) std::abort();
+  m_path = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(m_path, ignored);
+}
+
+virtual_notebook::Scenario ShippedScenario(const char* name) {
+  return virtual_notebook::ReadScenarioFile(std::string(NUVELTA_SOURCE_DIR) + "/scenarios/" + name +
+                                            ".json");
+}
+
+void RunInProcess(const std::function<void()>& body) {
+  const TemporaryFolder disk;
+  virtual_notebook::Scenario scenario;
+  scenario.notebook = virtual_notebook::DefaultNotebook();
+  virtual_notebook::VirtualMachine(scenario, story::ServiceProgram(), {.disk = disk.Path()})
+      .RunProcess(body);
+}
+
+size_t ResidentBytes() {
+  std::FILE* statm = std::fopen("/proc/self/statm", "r");
+  unsigned long total = 0;
+  unsigned long resident = 0;
+  if (statm == nullptr) return 0;
+  const int read = std::fscanf(statm, "%lu %lu", &total, &resident);
+  std::fclose(statm);
+  return read == 2 ? resident * static_cast<size_t>(sysconf(_SC_PAGESIZE)) : 0;
+}
+
+}  // namespace nuvelta::bench

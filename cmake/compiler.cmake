@@ -1,0 +1,30 @@
+# Language level, warnings and sanitizers for every target.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+find_program(NUVELTA_CCACHE ccache)
+if(NUVELTA_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${NUVELTA_CCACHE})
+endif()
+
+set(NUVELTA_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
+
+add_library(nuvelta_flags INTERFACE)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  set(nuvelta_gcc_only
+    # Paths and messages are cut to their fixed sizes on purpose.
+    -Wno-format-truncation
+    # GCC 12 sees uninitialised members in an engaged std::optional.
+    -Wno-maybe-uninitialized)
+endif()
+target_compile_options(nuvelta_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+  ${nuvelta_gcc_only})
+if(NUVELTA_SANITIZE)
+  target_compile_options(nuvelta_flags INTERFACE
+    -fsanitize=${NUVELTA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(nuvelta_flags INTERFACE -fsanitize=${NUVELTA_SANITIZE})
+endif()

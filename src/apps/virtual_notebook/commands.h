@@ -1,0 +1,31 @@
+// The commands of the program virtual_notebook.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nuvelta::story {
+
+// Exit codes of the program.
+inline constexpr int kRanToItsEnd = 0;
+inline constexpr int kMisbehaved = 1;
+inline constexpr int kBadInput = 2;
+
+struct RunOptions {
+  std::vector<std::string> files;
+  std::optional<uint64_t> seed;
+  std::string log_dir;  // empty: the log files are not kept
+  bool json = false;
+  bool free_running = false;
+};
+
+// Plays scenarios; nothing runs when one of them cannot be read.
+int Run(const RunOptions& options);
+// Lists the scenarios of a folder with their titles.
+int List(const std::string& folder);
+// Reads scenarios and reports what is wrong with them.
+int Check(const std::vector<std::string>& files);
+
+}  // namespace nuvelta::story

@@ -1,0 +1,27 @@
+// The summary of a story that has been played.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "apps/virtual_notebook/log_counts.h"
+#include "platform/virtual/virtual_machine.h"
+
+namespace nuvelta::story {
+
+struct Summary {
+  std::string file;
+  std::string title;
+  virtual_notebook::StoryReport report;
+  std::optional<LogCounts> counts;  // none when the service wrote no log
+  std::chrono::nanoseconds real_time{};
+  std::string log_folder;  // empty when it was not kept
+};
+
+std::string SummaryTable(const Summary& summary);
+std::string SummaryLine(const Summary& summary);
+// One JSON object, indented.
+std::string SummaryJson(const Summary& summary);
+
+}  // namespace nuvelta::story

@@ -1,0 +1,32 @@
+// What every virtual port needs: the scheduler, the faults, the last error.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "platform/virtual/fault_plan.h"
+#include "platform/virtual/scheduler.h"
+
+namespace nuvelta::virtual_notebook {
+
+struct Context {
+  Scheduler& scheduler;
+  FaultPlan& faults;
+
+  // Counts a call that answers a status code; the code to answer when it fails.
+  std::optional<uint32_t> Error(std::string_view call);
+  // Counts a call that reports through the last error, which is then set; true
+  // when it fails.
+  bool Fails(std::string_view call);
+  // Counts a call that may throw or answer a null object; false for the latter.
+  bool Answers(std::string_view call);
+
+  // Time that the operating system takes for a call.
+  void Spend(std::chrono::microseconds time) { scheduler.Sleep(time); }
+
+  static void SetLastError(uint32_t error) { Scheduler::ThreadWord() = error; }
+};
+
+}  // namespace nuvelta::virtual_notebook

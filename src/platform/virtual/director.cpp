@@ -1,0 +1,150 @@
+// The director of a story: what happens to the notebook, and when.
+#include <cstdio>
+#include <string>
+
+#include "platform/virtual/machine_parts.h"
+#include "platform/virtual/unicode.h"
+#include "platform/virtual/virtual_machine.h"
+
+namespace nuvelta::virtual_notebook {
+
+namespace {
+
+constexpr std::chrono::seconds kStopPatience{60};
+constexpr uint32_t kWtsSessionLogon = 5;  // WTS_SESSION_LOGON
+
+std::string ModemInterface(const ModemDescription& modem) {
+  std::string path = modem.instance_id;
+  for (char& letter : path) {
+    if (letter == '\\') letter = '#';
+  }
+  return "\\\\?\\" + path + "#{cac88484-7515-4c03-82e6-71a87abac361}";
+}
+
+}  // namespace
+
+void VirtualMachine::Direct() {
+  Parts& parts = *m_parts;
+  for (const Event& event : m_scenario.events) {
+    for (uint32_t i = 0; i < event.repeat; ++i) {
+      const Nanoseconds due = parts.start + event.at + i * event.every;
+      if (due > parts.scheduler.Now()) parts.scheduler.Sleep(due - parts.scheduler.Now());
+      PlayEvent(event);
+    }
+  }
+  if (!parts.scheduler.WaitForRest(m_scenario.rest_within)) {
+    Note("the service did not come to rest; the story ends all the same");
+  }
+  EndStory();
+}
+
+void VirtualMachine::PlayEvent(const Event& event) {
+  Parts& parts = *m_parts;
+  const Action& action = event.action;
+  using Kind = Action::Kind;
+  switch (action.kind) {
+    case Kind::kStart:
+      return StartService();
+    case Kind::kStop:
+      return StopService();
+    case Kind::kKill:
+      return KillService(parts.current);
+    case Kind::kControl:
+      parts.service_control.SendControl(action.number, action.event_type);
+      return;
+    case Kind::kArrival:
+      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
+    case Kind::kRemoval:
+      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceRemoveComplete, action.text);
+    case Kind::kModemArrives:
+      parts.modem.SetPresent(true);
+      parts.network.InstallModem();
+      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceArrival,
+                                                   ModemInterface(parts.modem.Description()));
+    case Kind::kModemLeaves:
+      parts.modem.SetPresent(false);
+      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceRemoveComplete,
+                                                   ModemInterface(parts.modem.Description()));
+    case Kind::kModemChanges:
+      return parts.modem.Apply(action.modem);
+    case Kind::kAccountAdded:
+      return parts.mobile_broadband.AddAccount();
+    case Kind::kAccountRemoved:
+      return parts.mobile_broadband.RemoveAccount();
+    case Kind::kSuspend:
+      return parts.service_control.SendPowerEvent(platform::kPbtApmSuspend);
+    case Kind::kResume:
+      parts.service_control.SendPowerEvent(platform::kPbtApmResumeAutomatic);
+      return parts.service_control.SendPowerEvent(platform::kPbtApmResumeSuspend);
+    case Kind::kPowerEvent:
+      return parts.service_control.SendPowerEvent(action.number);
+    case Kind::kSessionChange:
+      parts.service_control.SendControl(platform::kServiceControlSessionChange, action.number);
+      return;
+    case Kind::kLogon:
+      parts.event_log.Write({}, parts.clock.time());
+      parts.service_control.SendControl(platform::kServiceControlSessionChange, kWtsSessionLogon);
+      return;
+    case Kind::kBattery:
+      return parts.service_control.SendPowerSetting(platform::kGuidBatteryPercentageRemaining,
+                                                    action.number);
+    case Kind::kPowerSetting:
+      return parts.service_control.SendPowerSetting(action.guid, action.number);
+    case Kind::kRegistrySet:
+      return parts.registry.Set(action.text, action.value_name, action.value);
+    case Kind::kRegistryDelete:
+      return parts.registry.Delete(action.text, action.value_name);
+    case Kind::kEventRecord:
+      return parts.event_log.Write(action.record, parts.clock.time());
+  }
+}
+
+void VirtualMachine::StopService() {
+  if (m_parts->service_control.SendControl(platform::kServiceControlStop, 0)) return;
+  Note("stop: the service does not run or does not accept the stop control now");
+}
+
+// Stops the service and waits for its process to end. One that does not accept
+// the control, or does not end, is ended from outside, and the story says so.
+void VirtualMachine::EndStory() {
+  Parts& parts = *m_parts;
+  const uint32_t process = parts.current;
+  if (process == 0) return;
+  if (!m_scenario.stop_at_end) return KillService(process);
+  const bool stops = parts.service_control.SendControl(platform::kServiceControlStop, 0) ||
+                     parts.service_control.Stopping();
+  if (!stops) {
+    Note("end: the service does not accept the stop control; its process is ended");
+  } else if (!parts.scheduler.Wait(parts.ended, kStopPatience)) {
+    parts.stuck = "the service did not end within 60 s of its stop control: " +
+                  parts.scheduler.DescribeWaiting(process);
+  }
+  KillService(process);
+}
+
+// The only command line that the notebook's command interpreter knows is the
+// one by which a service restarts itself: taskkill, then net start.
+void VirtualMachine::RunShell(const std::string& command_line) {
+  Parts& parts = *m_parts;
+  parts.scheduler.Change([&] { parts.launches.push_back(command_line); });
+  unsigned process = 0;
+  int parsed = 0;
+  std::sscanf(command_line.c_str(), "cmd.exe /C taskkill /pid %u /f & net start \"%n", &process,
+              &parsed);
+  if (parsed == 0 || !command_line.ends_with('"')) {
+    Note("cmd.exe: not a command line that this notebook knows: " + command_line);
+    return;
+  }
+  const std::string service = command_line.substr(
+      static_cast<size_t>(parsed), command_line.size() - static_cast<size_t>(parsed) - 1);
+  parts.scheduler.Sleep(std::chrono::milliseconds(120));
+  KillService(process);
+  parts.scheduler.Sleep(std::chrono::milliseconds(80));
+  if (Folded(service) == Folded(m_scenario.notebook.service_key)) {
+    StartService();
+  } else {
+    Note("net start: no service named \"" + service + "\"");
+  }
+}
+
+}  // namespace nuvelta::virtual_notebook

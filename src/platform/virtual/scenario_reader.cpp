@@ -1,0 +1,89 @@
+#include "platform/virtual/scenario_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+#include "platform/virtual/json_document.h"
+#include "platform/virtual/scenario_parts.h"
+#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/time_zone_text.h"
+
+namespace nuvelta::virtual_notebook {
+
+namespace {
+
+constexpr size_t kLargestScenario = 4U << 20U;
+
+std::string ReadTitle(const JsonCursor& at) {
+  std::string title = at.NonEmptyText();
+  const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
+  if (std::ranges::any_of(title, is_control)) at.RefuseValue("a title of one line");
+  return title;
+}
+
+Scenario ReadRoot(const JsonCursor& root, const std::string& folder) {
+  const JsonObject object(root, {"title", "story", "start_time", "time_zone", "seed", "notebook",
+                                 "events", "faults", "rest_within_s", "stop_at_end"});
+  Scenario scenario;
+  scenario.title = ReadTitle(object.Need("title"));
+  object.Read("story", scenario.story);
+  if (const auto time = object.Find("start_time")) {
+    scenario.start_time = time->Text();
+    if (!IsDateTime(scenario.start_time)) {
+      time->RefuseValue("a moment from 1990 to 2099 such as \"2026-11-16 00:58:46\"");
+    }
+  }
+  if (const auto zone = object.Find("time_zone")) {
+    scenario.time_zone = zone->Text();
+    if (!IsTimeZone(scenario.time_zone)) {
+      zone->RefuseValue("a POSIX time zone such as \"UTC\" or \"CET-1CEST,M3.5.0,M10.5.0/3\"");
+    }
+  }
+  object.ReadWhole("seed", scenario.seed, 0, std::numeric_limits<int64_t>::max());
+  scenario.notebook = DefaultNotebook();
+  if (const auto notebook = object.Find("notebook")) {
+    scenario.notebook = ReadNotebook(*notebook, folder);
+  }
+  scenario.events = ReadEvents(object.Find("events"));
+  if (const auto faults = object.Find("faults")) scenario.faults = ReadFaults(*faults);
+  if (const auto rest = object.Find("rest_within_s")) {
+    scenario.rest_within = rest->Seconds(0, 24 * 3600);
+  }
+  object.Read("stop_at_end", scenario.stop_at_end);
+  return scenario;
+}
+
+}  // namespace
+
+std::optional<std::string> ReadWholeFile(const std::string& path, size_t most) {
+  // Only a regular file has an end that can be relied on.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return {};
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes(most + 1, '\0');
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (file.bad() || (file.fail() && !file.eof()) ||
+      file.gcount() > static_cast<std::streamsize>(most)) {
+    return {};
+  }
+  bytes.resize(static_cast<size_t>(file.gcount()));
+  return bytes;
+}
+
+Scenario ReadScenarioText(std::string_view text, const std::string& name_for_errors,
+                          const std::string& folder_for_raw_files) {
+  const nlohmann::json document = ParseDocument(text, name_for_errors);
+  return ReadRoot(JsonCursor(document, name_for_errors), folder_for_raw_files);
+}
+
+Scenario ReadScenarioFile(const std::string& path) {
+  const auto text = ReadWholeFile(path, kLargestScenario);
+  if (!text) {
+    throw ScenarioError(path + ": cannot be read; expected a scenario file of at most 4 MiB");
+  }
+  return ReadScenarioText(*text, path, std::filesystem::path(path).parent_path().string());
+}
+
+}  // namespace nuvelta::virtual_notebook

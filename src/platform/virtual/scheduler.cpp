@@ -1,0 +1,363 @@
+#include "platform/virtual/scheduler.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <utility>
+
+namespace nuvelta::virtual_notebook {
+
+struct Scheduler::Thread {
+  enum class State { kReady, kRunning, kWaiting, kEnded };
+
+  std::string name;
+  uint32_t id = 0;
+  uint32_t process = 0;
+  std::function<void()> body;
+  State state = State::kReady;
+  Waitable* object = nullptr;      // while waiting: for this,
+  bool for_rest = false;           // or for the rest of all others,
+  std::optional<Nanoseconds> due;  // or until this moment
+  bool signalled = false;          // how the last wait ended
+  bool killed = false;
+  bool reprieved = false;  // not to be killed any more
+  bool granted = false;
+  uint32_t word = 0;
+  std::condition_variable baton;
+  std::thread native;
+};
+
+namespace {
+
+// A thread that stays in code of its own for so long hangs; nothing here takes
+// a fraction of it.
+constexpr std::chrono::seconds kHangAfter{60};
+
+}  // namespace
+
+static thread_local Scheduler* t_scheduler = nullptr;
+static thread_local void* t_thread = nullptr;
+
+Scheduler::Scheduler(Mode mode, uint64_t seed, Nanoseconds start)
+    : m_mode(mode), m_random(seed), m_now(start.count()) {}
+
+Scheduler::~Scheduler() {
+  for (const auto& thread : m_threads) {
+    if (thread->native.joinable()) thread->native.join();
+  }
+}
+
+uint32_t Scheduler::Spawn(std::string name, uint32_t process, std::function<void()> body) {
+  const std::lock_guard lock(m_mutex);
+  ForgetEnded();
+  auto thread = std::make_unique<Thread>();
+  thread->name = std::move(name);
+  thread->id = m_next_id++;
+  thread->process = process;
+  thread->body = std::move(body);
+  Thread& added = *thread;
+  m_threads.push_back(std::move(thread));
+  added.native = std::thread([this, &added] { ThreadMain(added); });
+  if (m_started && m_mode == Mode::kFree) Dispatch();
+  return added.id;
+}
+
+void Scheduler::OnEscape(
+    std::function<void(const std::string& thread, const std::string& what)> handler) {
+  m_on_escape = std::move(handler);
+}
+
+void Scheduler::Run() {
+  std::unique_lock lock(m_mutex);
+  m_started = true;
+  Dispatch();
+  uint64_t seen = m_steps;
+  while (AnyAlive()) {
+    if (m_all_ended.wait_for(lock, kHangAfter) == std::cv_status::timeout && seen == m_steps) {
+      for (const auto& thread : m_threads) {
+        if (thread->state != Thread::State::kRunning) continue;
+        std::fprintf(stderr, "hang: thread \"%s\" does not come back from its own code\n",
+                     thread->name.c_str());
+      }
+      std::_Exit(1);
+    }
+    seen = m_steps;
+  }
+  lock.unlock();
+  for (const auto& thread : m_threads) {
+    if (thread->native.joinable()) thread->native.join();
+  }
+}
+
+void Scheduler::ThreadMain(Thread& thread) {
+  t_scheduler = this;
+  t_thread = &thread;
+  bool killed = false;
+  {
+    std::unique_lock lock(m_mutex);
+    WaitForBaton(lock, thread);
+    killed = thread.killed;
+  }
+  try {
+    if (!killed) thread.body();
+  } catch (const ThreadKilled&) {
+    // The end of a thread whose process has gone.
+  } catch (...) {
+    if (m_on_escape) m_on_escape(thread.name, DescribeCurrentException());
+  }
+  thread.body = nullptr;
+  const std::lock_guard lock(m_mutex);
+  thread.state = Thread::State::kEnded;
+  --m_running;
+  Dispatch();
+  if (!AnyAlive()) m_all_ended.notify_all();
+}
+
+void Scheduler::WaitForBaton(std::unique_lock<std::mutex>& lock, Thread& thread) {
+  thread.baton.wait(lock, [&] { return thread.granted; });
+  thread.granted = false;
+}
+
+// The thread's state says what it waits for; returns when it is picked.
+void Scheduler::SwitchAway(std::unique_lock<std::mutex>& lock, Thread& thread) {
+  --m_running;
+  Dispatch();
+  WaitForBaton(lock, thread);
+  thread.object = nullptr;
+  thread.for_rest = false;
+  thread.due.reset();
+}
+
+void Scheduler::Dispatch() {
+  if (!m_started) return;
+  for (;;) {
+    if (m_mode == Mode::kDeterministic && m_running > 0) return;
+    const std::vector<Thread*> candidates = Candidates();
+    if (candidates.empty()) {
+      if (m_running > 0 || !AnyAlive()) return;
+      if (!AdvanceClock()) ReportDeadlock();
+      continue;
+    }
+    Grant(*candidates[candidates.size() == 1 ? 0 : m_random() % candidates.size()]);
+    if (m_mode == Mode::kDeterministic) return;
+  }
+}
+
+std::vector<Scheduler::Thread*> Scheduler::Candidates() const {
+  std::vector<Thread*> candidates;
+  const Nanoseconds now = Now();
+  for (const auto& thread : m_threads) {
+    const bool waiting_is_over = thread->state == Thread::State::kWaiting &&
+                                 (thread->killed || (thread->due && *thread->due <= now) ||
+                                  (thread->object != nullptr && thread->object->Ready(thread->id)));
+    if (thread->state == Thread::State::kReady || waiting_is_over) {
+      candidates.push_back(thread.get());
+    }
+  }
+  return candidates;
+}
+
+void Scheduler::Grant(Thread& thread) {
+  thread.signalled = false;
+  if (thread.state == Thread::State::kWaiting && !thread.killed && thread.object != nullptr &&
+      thread.object->Ready(thread.id)) {
+    thread.object->Take(thread.id);
+    thread.signalled = true;
+  }
+  thread.state = Thread::State::kRunning;
+  thread.granted = true;
+  ++m_running;
+  m_steps.fetch_add(1, std::memory_order_relaxed);
+  thread.baton.notify_one();
+}
+
+// Moves the clock to the next due moment, or tells those who wait for the rest
+// of all others that it has come. False when neither is possible.
+bool Scheduler::AdvanceClock() {
+  std::optional<Nanoseconds> next;
+  bool others_due = false;
+  Thread* for_rest = nullptr;
+  for (const auto& thread : m_threads) {
+    if (thread->state != Thread::State::kWaiting) continue;
+    if (thread->for_rest) for_rest = thread.get();
+    if (!thread->due) continue;
+    others_due = others_due || !thread->for_rest;
+    next = next ? std::min(*next, *thread->due) : *thread->due;
+  }
+  if (for_rest != nullptr && !others_due && !AnyoneStuck()) {
+    Grant(*for_rest);
+    for_rest->signalled = true;
+    return true;
+  }
+  if (!next || !others_due) return false;
+  m_now.store(next->count(), std::memory_order_relaxed);
+  return true;
+}
+
+bool Scheduler::AnyoneStuck() const {
+  return std::ranges::any_of(m_threads, [](const auto& thread) {
+    return thread->state == Thread::State::kWaiting && thread->object != nullptr &&
+           !thread->object->IsRest();
+  });
+}
+
+void Scheduler::ReportDeadlock() {
+  for (const auto& thread : m_threads) {
+    if (thread->state != Thread::State::kWaiting) continue;
+    if (thread->object != nullptr) AddWaiting(m_deadlock, *thread);
+    thread->killed = !thread->reprieved;
+  }
+}
+
+std::string Scheduler::DescribeWaiting(uint32_t process) const {
+  const std::lock_guard lock(m_mutex);
+  std::string text;
+  for (const auto& thread : m_threads) {
+    const bool waits = thread->state == Thread::State::kWaiting && thread->object != nullptr;
+    if (waits && thread->process == process) AddWaiting(text, *thread);
+  }
+  return text;
+}
+
+void Scheduler::AddWaiting(std::string& text, const Thread& thread) {
+  if (!text.empty()) text += "; ";
+  text += "\"" + thread.name + "\" waits for " + thread.object->Describe();
+}
+
+// Keeps the list short in a story with many short-lived threads.
+void Scheduler::ForgetEnded() {
+  std::erase_if(m_threads, [](const auto& thread) {
+    if (thread->state != Thread::State::kEnded) return false;
+    thread->native.join();
+    return true;
+  });
+}
+
+std::string Scheduler::DescribeCurrentException() {
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return error.what();
+  } catch (...) {
+    return "an exception that is no std::exception";
+  }
+}
+
+bool Scheduler::AnyAlive() const {
+  return std::ranges::any_of(
+      m_threads, [](const auto& thread) { return thread->state != Thread::State::kEnded; });
+}
+
+namespace {
+
+void ThrowIfKilled(bool killed) {
+  if (killed && std::uncaught_exceptions() == 0) throw ThreadKilled{};
+}
+
+}  // namespace
+
+void Scheduler::Yield() {
+  auto& self = *static_cast<Thread*>(t_thread);
+  std::unique_lock lock(m_mutex);
+  if (m_mode == Mode::kDeterministic) {
+    self.state = Thread::State::kReady;
+    SwitchAway(lock, self);
+  }
+  ThrowIfKilled(self.killed);
+}
+
+bool Scheduler::Wait(Waitable& object, std::optional<Nanoseconds> timeout) {
+  auto& self = *static_cast<Thread*>(t_thread);
+  std::unique_lock lock(m_mutex);
+  ThrowIfKilled(self.killed);
+  if (self.killed) return false;
+  self.state = Thread::State::kWaiting;
+  self.object = &object;
+  if (timeout) self.due = Now() + *timeout;
+  SwitchAway(lock, self);
+  ThrowIfKilled(self.killed);
+  return self.signalled;
+}
+
+void Scheduler::Sleep(Nanoseconds duration) {
+  auto& self = *static_cast<Thread*>(t_thread);
+  std::unique_lock lock(m_mutex);
+  ThrowIfKilled(self.killed);
+  if (self.killed) return;
+  self.state = Thread::State::kWaiting;
+  self.due = Now() + duration;
+  SwitchAway(lock, self);
+  ThrowIfKilled(self.killed);
+}
+
+bool Scheduler::WaitForRest(Nanoseconds timeout) {
+  auto& self = *static_cast<Thread*>(t_thread);
+  std::unique_lock lock(m_mutex);
+  ThrowIfKilled(self.killed);
+  self.state = Thread::State::kWaiting;
+  self.for_rest = true;
+  self.due = Now() + timeout;
+  SwitchAway(lock, self);
+  ThrowIfKilled(self.killed);
+  return self.signalled;
+}
+
+void Scheduler::Change(const std::function<void()>& change) noexcept {
+  std::unique_lock lock(m_mutex);
+  change();
+  auto* self = t_scheduler == this ? static_cast<Thread*>(t_thread) : nullptr;
+  if (m_mode == Mode::kFree) {
+    Dispatch();
+  } else if (self != nullptr && self->state == Thread::State::kRunning) {
+    self->state = Thread::State::kReady;
+    SwitchAway(lock, *self);
+  }
+}
+
+void Scheduler::KillProcess(uint32_t process) {
+  const std::lock_guard lock(m_mutex);
+  for (const auto& thread : m_threads) {
+    if (thread->process != process || thread.get() == t_thread || thread->reprieved) continue;
+    thread->killed = true;
+  }
+  if (m_mode == Mode::kFree) Dispatch();
+}
+
+void Scheduler::AwaitLastOfProcess(uint32_t process) {
+  struct LastOfProcess final : Waitable {
+    const Scheduler* scheduler = nullptr;
+    uint32_t process = 0;
+    bool Ready(uint32_t id) const override {
+      return std::ranges::none_of(scheduler->m_threads, [&](const auto& thread) {
+        return thread->process == process && thread->id != id &&
+               thread->state != Thread::State::kEnded;
+      });
+    }
+    std::string Describe() const override { return "the end of its process"; }
+  };
+  {
+    const std::lock_guard lock(m_mutex);
+    static_cast<Thread*>(t_thread)->killed = false;
+    static_cast<Thread*>(t_thread)->reprieved = true;
+  }
+  LastOfProcess last;
+  last.scheduler = this;
+  last.process = process;
+  Wait(last, std::nullopt);
+}
+
+uint32_t Scheduler::CurrentThread() {
+  return t_thread == nullptr ? 0 : static_cast<Thread*>(t_thread)->id;
+}
+
+uint32_t Scheduler::CurrentProcess() {
+  return t_thread == nullptr ? 0 : static_cast<Thread*>(t_thread)->process;
+}
+
+uint32_t& Scheduler::ThreadWord() {
+  static thread_local uint32_t outside = 0;
+  return t_thread == nullptr ? outside : static_cast<Thread*>(t_thread)->word;
+}
+
+}  // namespace nuvelta::virtual_notebook

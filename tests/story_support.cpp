@@ -1,0 +1,178 @@
+#include "story_support.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "platform/virtual/scenario_reader.h"
+
+namespace nuvelta::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kScenarios = fs::path(NUVELTA_SOURCE_DIR) / "scenarios";
+
+// "2026-11-16 00:58:46.000 00001004 " and what follows it.
+constexpr size_t kTimeLength = 23;
+constexpr size_t kThreadLength = 8;
+constexpr size_t kPrefixLength = kTimeLength + 1 + kThreadLength + 1;
+
+bool HasForm(std::string_view text, std::string_view form) {
+  return text.size() >= form.size() &&
+         std::equal(form.begin(), form.end(), text.begin(), [](char wanted, char c) {
+           return wanted == '9' ? c >= '0' && c <= '9' : c == wanted;
+         });
+}
+
+bool StartsRecord(std::string_view text) {
+  return text.size() >= kPrefixLength && HasForm(text, "9999-99-99 99:99:99.999 ");
+}
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+void AddLine(std::string& lines, std::string_view line) { lines.append(line).append("\n"); }
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() {
+  std::string name = (fs::temp_directory_path() / "nuvelta_story_XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  m_path = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  fs::remove_all(m_path, ignored);
+}
+
+std::vector<Record> Told::Records() const {
+  std::vector<Record> records;
+  std::string_view rest = log;
+  while (!rest.empty()) {
+    // A message may hold line ends of its own: the record ends before the next.
+    size_t end = rest.find("\r\n");
+    while (end != std::string_view::npos && end + 2 < rest.size() &&
+           !StartsRecord(rest.substr(end + 2))) {
+      end = rest.find("\r\n", end + 2);
+    }
+    if (end == std::string_view::npos) throw std::runtime_error("the log's last line has no end");
+    const std::string_view record = rest.substr(0, end);
+    if (!StartsRecord(record)) throw std::runtime_error("no log line: " + std::string(record));
+    records.push_back({std::string(record.substr(0, kTimeLength)),
+                       std::string(record.substr(kTimeLength + 1, kThreadLength)),
+                       std::string(record.substr(kPrefixLength))});
+    rest.remove_prefix(end + 2);
+  }
+  return records;
+}
+
+std::string Told::Between(std::string_view from, std::string_view to, int skip) const {
+  std::string lines;
+  std::string thread;
+  for (const Record& record : Records()) {
+    if (thread.empty() && Contains(record.text, from) && skip-- == 0) {
+      thread = record.thread;
+      AddLine(lines, record.text);
+    } else if (record.thread == thread) {
+      AddLine(lines, record.text);
+      if (Contains(record.text, to)) return lines;
+    }
+  }
+  return {};
+}
+
+size_t Told::Count(std::string_view text) const {
+  size_t count = 0;
+  for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) ++count;
+  return count;
+}
+
+std::string Told::Matching(std::string_view part) const {
+  std::string lines;
+  for (const Record& record : Records()) {
+    if (Contains(record.text, part)) AddLine(lines, record.text);
+  }
+  return lines;
+}
+
+std::vector<std::string> ShippedScenarios() {
+  std::vector<std::string> names;
+  for (const auto& file : fs::directory_iterator(kScenarios)) {
+    if (file.path().extension() == ".json") names.push_back(file.path().stem().string());
+  }
+  std::ranges::sort(names);
+  return names;
+}
+
+Scenario Shipped(const std::string& name) {
+  return virtual_notebook::ReadScenarioFile((kScenarios / (name + ".json")).string());
+}
+
+Scenario Inline(std::string json) {
+  std::ranges::replace(json, '\'', '"');
+  const bool empty = json.find(':') == std::string::npos;
+  json.insert(json.find('{') + 1, std::string(R"("title": "inline")") + (empty ? "" : ","));
+  return virtual_notebook::ReadScenarioText(json, "inline", kScenarios.string());
+}
+
+Told Tell(const Scenario& scenario, std::optional<uint64_t> seed) {
+  const TemporaryFolder disk;
+  Told told{.report = story::Play(scenario, {.disk = disk.Path(), .seed = seed}), .log = {}};
+  told.log = story::ReadLog(scenario, disk.Path());
+  return told;
+}
+
+StoryReport TellFreely(const Scenario& scenario) {
+  const TemporaryFolder disk;
+  return story::Play(scenario, {.disk = disk.Path(), .seed = {}, .free_running = true});
+}
+
+std::string Commands(const StoryReport& report) {
+  std::string text;
+  std::string last;
+  size_t times = 0;
+  const auto finish = [&] {
+    if (times == 0) return;
+    if (!text.empty()) text += ' ';
+    text += last + (times > 1 ? "*" + std::to_string(times) : "");
+  };
+  for (const auto& command : report.commands) {
+    std::string bytes;
+    for (const uint8_t byte : command.payload) {
+      constexpr std::string_view kDigits = "0123456789ABCDEF";
+      bytes += {kDigits[byte >> 4U], kDigits[byte & 15U]};
+    }
+    if (command.command_id != 1) bytes += "#" + std::to_string(command.command_id);
+    if (times > 0 && bytes != last) {
+      finish();
+      times = 0;
+    }
+    last = bytes;
+    ++times;
+  }
+  finish();
+  return text;
+}
+
+std::string States(const StoryReport& report) {
+  std::string text;
+  uint32_t process = 0;
+  for (const auto& status : report.status_reports) {
+    if (!text.empty()) text += status.process == process ? " " : " | ";
+    text += std::to_string(status.status.dwCurrentState);
+    process = status.process;
+  }
+  return text;
+}
+
+std::string Lines(std::initializer_list<std::string_view> lines) {
+  std::string text;
+  for (const std::string_view line : lines) AddLine(text, line);
+  return text;
+}
+
+}  // namespace nuvelta::test
