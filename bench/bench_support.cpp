@@ -7,7 +7,7 @@
 #include <string>
 
 #include "apps/story/story.h"
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 
 namespace nuvelta::bench {
 

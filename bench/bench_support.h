@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::bench {
 

@@ -6,7 +6,7 @@
 #include "common/log_retention.h"
 #include "common/logger.h"
 #include "platform/platform.h"
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 #include "story_support.h"
 
 namespace nuvelta::test {

@@ -15,7 +15,7 @@
 #include <valijson/validator.hpp>
 
 #include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 
 namespace nuvelta::virtual_notebook {
 namespace {

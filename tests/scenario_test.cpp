@@ -11,7 +11,7 @@
 
 #include "platform/fcc_marker.h"
 #include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 #include "platform/virtual/smbios_builder.h"
 
 namespace nuvelta::virtual_notebook {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 #include "platform/virtual/virtual_machine.h"
 
 namespace nuvelta::story {

@@ -9,7 +9,7 @@
 #include "apps/virtual_notebook/log_follower.h"
 #include "apps/virtual_notebook/log_printer.h"
 #include "apps/virtual_notebook/summary.h"
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 
 namespace nuvelta::story {
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -7,7 +7,7 @@
 
 #include "platform/event_log.h"
 #include "platform/virtual/context.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

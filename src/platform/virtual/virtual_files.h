@@ -10,7 +10,7 @@
 
 #include "platform/files.h"
 #include "platform/virtual/context.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/virtual/modem_model.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 #include "platform/virtual/scheduler.h"
 #include "platform/virtual/virtual_service_control.h"
 

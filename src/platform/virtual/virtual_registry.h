@@ -8,7 +8,7 @@
 
 #include "platform/registry.h"
 #include "platform/virtual/context.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

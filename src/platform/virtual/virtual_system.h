@@ -12,7 +12,7 @@
 #include "platform/sessions.h"
 #include "platform/system_info.h"
 #include "platform/virtual/context.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

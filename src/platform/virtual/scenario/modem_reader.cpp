@@ -1,7 +1,7 @@
 #include <array>
 #include <limits>
 
-#include "platform/virtual/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_parts.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/virtual/scenario.h"
-#include "platform/virtual/scenario_error.h"
+#include "platform/virtual/scenario/scenario.h"
+#include "platform/virtual/scenario/scenario_error.h"
 
 namespace nuvelta::virtual_notebook {
 

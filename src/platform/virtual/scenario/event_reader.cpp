@@ -3,8 +3,8 @@
 #include <charconv>
 #include <limits>
 
-#include "platform/virtual/scenario_parts.h"
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_text.h"
 
 namespace nuvelta::virtual_notebook {
 

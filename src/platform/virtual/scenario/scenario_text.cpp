@@ -1,4 +1,4 @@
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/scenario_text.h"
 
 #include <algorithm>
 #include <charconv>

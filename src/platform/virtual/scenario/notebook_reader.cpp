@@ -2,9 +2,9 @@
 #include <set>
 
 #include "platform/fcc_marker.h"
-#include "platform/virtual/scenario_parts.h"
-#include "platform/virtual/scenario_reader.h"
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_text.h"
 #include "platform/virtual/unicode.h"
 
 namespace nuvelta::virtual_notebook {

@@ -1,14 +1,14 @@
-#include "platform/virtual/scenario_reader.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 
-#include "platform/virtual/json_document.h"
-#include "platform/virtual/scenario_parts.h"
-#include "platform/virtual/scenario_text.h"
-#include "platform/virtual/time_zone_text.h"
+#include "platform/virtual/scenario/json_document.h"
+#include "platform/virtual/scenario/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_text.h"
+#include "platform/virtual/scenario/time_zone_text.h"
 
 namespace nuvelta::virtual_notebook {
 

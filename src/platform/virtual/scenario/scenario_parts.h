@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/json_cursor.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/json_cursor.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

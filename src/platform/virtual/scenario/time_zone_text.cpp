@@ -1,4 +1,4 @@
-#include "platform/virtual/time_zone_text.h"
+#include "platform/virtual/scenario/time_zone_text.h"
 
 #include <charconv>
 

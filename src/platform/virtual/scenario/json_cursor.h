@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/types.h"
-#include "platform/virtual/scenario.h"
+#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -1,4 +1,4 @@
-#include "platform/virtual/json_cursor.h"
+#include "platform/virtual/scenario/json_cursor.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,9 +6,9 @@
 #include <set>
 #include <stdexcept>
 
-#include "platform/virtual/json_document.h"
-#include "platform/virtual/scenario_error.h"
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/json_document.h"
+#include "platform/virtual/scenario/scenario_error.h"
+#include "platform/virtual/scenario/scenario_text.h"
 #include "platform/virtual/unicode.h"
 
 namespace nuvelta::virtual_notebook {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "platform/fcc_marker.h"
-#include "platform/virtual/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_parts.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -1,11 +1,11 @@
-#include "platform/virtual/json_document.h"
+#include "platform/virtual/scenario/json_document.h"
 
 #include <algorithm>
 #include <set>
 #include <vector>
 
-#include "platform/virtual/scenario_error.h"
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/scenario_error.h"
+#include "platform/virtual/scenario/scenario_text.h"
 
 namespace nuvelta::virtual_notebook {
 

@@ -2,8 +2,8 @@
 #include <array>
 
 #include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario_parts.h"
-#include "platform/virtual/scenario_text.h"
+#include "platform/virtual/scenario/scenario_parts.h"
+#include "platform/virtual/scenario/scenario_text.h"
 
 namespace nuvelta::virtual_notebook {
 
