@@ -10,7 +10,7 @@ namespace {
 // 30 runs with 2 s between them, 60 virtual seconds; at most 20 ms are wanted.
 void GiveUpStory(benchmark::State& state) {
   const TemporaryFolder disk;
-  const auto scenario = ShippedScenario("modem_absent");
+  const auto scenario = ShippedScenario("modem_never_comes");
   double virtual_seconds = 0;
   for (auto _ : state) {
     const auto report = story::Play(scenario, {.disk = disk.Path()});

@@ -41,6 +41,7 @@ void LoggerWriteLogBesideBare(benchmark::State& state) {
       CLogger::GetInstance().InitLogger();
       const auto bare = spdlog::get("MAServiceLog");
       std::vector<double> ratios;
+      std::vector<double> ratios_to_finished_text;
       std::vector<double> bare_ns;
       for (int pair = 0; pair < 31; ++pair) {
         const double plain = NanosecondsPerCall([&](int number) {
@@ -48,10 +49,14 @@ void LoggerWriteLogBesideBare(benchmark::State& state) {
         });
         const double ours = NanosecondsPerCall(
             [&](int number) { LogInfo("CTaskManager::addTask", "%s task(%d)", kMessage, number); });
+        const std::string text(fmt::format("00001008 i :   {} task(1000)", kMessage));
+        const double finished = NanosecondsPerCall([&](int /*number*/) { bare->info(text); });
         ratios.push_back(ours / plain);
+        ratios_to_finished_text.push_back(ours / finished);
         bare_ns.push_back(plain);
       }
       state.counters["ratio_median"] = Median(ratios);
+      state.counters["to_finished_text"] = Median(ratios_to_finished_text);
       state.counters["bare_ns"] = Median(bare_ns);
     });
   }

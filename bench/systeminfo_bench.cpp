@@ -3,7 +3,6 @@
 // allocation counted is the service's own.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -11,27 +10,11 @@
 
 #include "auth/systeminfo.h"
 #include "bench_support.h"
+#include "counted_new.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 #include "platform/platform.h"
 #include "platform/virtual/smbios_builder.h"
-
-namespace {
-std::atomic<size_t> g_allocations{0};
-std::atomic<size_t> g_bytes{0};
-thread_local bool t_count = false;
-}  // namespace
-
-void* operator new(size_t size) {
-  if (t_count) {
-    ++g_allocations;
-    g_bytes += size;
-  }
-  if (void* block = std::malloc(size == 0 ? 1 : size)) return block;
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t /*size*/) noexcept { std::free(block); }
 
 namespace nuvelta::bench {
 namespace {
@@ -82,19 +65,18 @@ void SysteminfoAllocations(benchmark::State& state) {
     CountedHeap heap;
     PlainFirmware firmware(FourKilobytes());
     platform::Platform& os = platform::Os();
-    platform::Platform counted{
+    platform::Platform with_plain_heap{
         os.clock,           os.devices,  os.environment,        os.event_log, os.files,
         firmware,           heap,        os.mobile_broadband,   os.network,   os.registry,
         os.service_control, os.sessions, os.system_information, os.text,      os.threads};
-    platform::Install(&counted);
+    platform::Install(&with_plain_heap);
     size_t blocks = 1;  // the table's buffer
     size_t bytes = 0;
+    Allocations counted;
     for (auto _ : state) {
-      g_allocations = 0;
-      g_bytes = 0;
-      t_count = true;
+      StartCounting();
       const Systeminfo info;
-      t_count = false;
+      counted = StopCounting();
       bytes = firmware.GetSystemFirmwareTable(0, 0, nullptr, 0);
       blocks = 1;
       for (const std::string* text :
@@ -106,9 +88,9 @@ void SysteminfoAllocations(benchmark::State& state) {
       }
     }
     platform::Install(&os);
-    state.counters["allocations"] = static_cast<double>(g_allocations);
+    state.counters["allocations"] = static_cast<double>(counted.blocks);
     state.counters["needed"] = static_cast<double>(blocks);
-    state.counters["bytes"] = static_cast<double>(g_bytes);
+    state.counters["bytes"] = static_cast<double>(counted.bytes);
     state.counters["bytes_needed"] = static_cast<double>(bytes);
   });
 }

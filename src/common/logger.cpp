@@ -1,7 +1,10 @@
 #include "common/logger.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 #include <spdlog/spdlog.h>
 
@@ -13,45 +16,67 @@ namespace nuvelta {
 
 namespace {
 
-constexpr size_t kMessageSize = 4096;
-
-using ThreadIdText = std::array<char, 20>;
-
-ThreadIdText CurrentThreadIdText() {
-  ThreadIdText text{};
-  std::snprintf(text.data(), text.size(), "%08x", platform::Os().threads.GetCurrentThreadId());
-  return text;
-}
-
-// Formats and queues one record. A log that cannot take it (out of memory, or
-// already closed while the process exits) must not harm its caller.
-template <class... Texts>
-void Send(spdlog::logger& logger, spdlog::level::level_enum level, fmt::string_view line,
-          const Texts&... texts) noexcept {
-  try {
-    fmt::memory_buffer text;
-    fmt::format_to(fmt::appender(text), fmt::runtime(line), texts...);
-    logger.log(platform::Os().clock.Now(), spdlog::source_loc{}, level,
-               spdlog::string_view_t(text.data(), text.size()));
-  } catch (...) {
-  }
-}
+constexpr size_t kMessageSize = 4096;  // with the terminator
+constexpr size_t kNameSize = 1024;
+constexpr size_t kHeadSize = 32;
 
 struct LevelRow {
   spdlog::level::level_enum level;
-  fmt::string_view line;
+  std::string_view tag;  // between thread id and message
 };
 
-// Indexed by WriteLog's level.
+// Indexed by WriteLog's level; a bare line has neither thread id nor tag.
 constexpr std::array<LevelRow, 7> kLevels{{
     {spdlog::level::off, ""},
-    {spdlog::level::err, "{0} e :   {1}"},
-    {spdlog::level::info, "{0} i :   {1}"},
-    {spdlog::level::warn, "{0} w :   {1}"},
-    {spdlog::level::info, "{0} i :   {1}"},
-    {spdlog::level::info, "{1}"},
-    {spdlog::level::trace, "{0} h :   {1}, {2}"},
+    {spdlog::level::err, " e :   "},
+    {spdlog::level::info, " i :   "},
+    {spdlog::level::warn, " w :   "},
+    {spdlog::level::info, " i :   "},
+    {spdlog::level::info, ""},
+    {spdlog::level::trace, " h :   "},
 }};
+
+// The text of one record, put together in place: this runs under the caller's
+// locks, for every line.
+class LineText {
+ public:
+  // Eight lower-case hexadecimal digits.
+  void AddThreadId() {
+    const uint32_t id = platform::Os().threads.GetCurrentThreadId();
+    for (unsigned shift = 32; shift > 0;) {
+      shift -= 4;
+      m_text[m_size++] = "0123456789abcdef"[(id >> shift) & 0xFU];
+    }
+  }
+
+  // At most kNameSize characters.
+  void Add(std::string_view text) {
+    m_size += text.copy(m_text.data() + m_size, std::min(text.size(), kNameSize));
+  }
+
+  // Formats like vsnprintf into kMessageSize bytes.
+  void AddMessage(const char* pszFormat, va_list arguments) {
+    char* message = m_text.data() + m_size;
+    message[0] = '\0';
+    const int length = std::vsnprintf(message, kMessageSize, pszFormat, arguments);
+    m_size +=
+        length < 0 ? std::strlen(message) : std::min(static_cast<size_t>(length), kMessageSize - 1);
+  }
+
+  // A log that cannot take the record (out of memory, or already closed while the
+  // process exits) must not harm its caller.
+  void Send(spdlog::logger& logger, spdlog::level::level_enum level) const noexcept {
+    try {
+      logger.log(platform::Os().clock.Now(), spdlog::source_loc{}, level,
+                 spdlog::string_view_t(m_text.data(), m_size));
+    } catch (...) {
+    }
+  }
+
+ private:
+  size_t m_size = 0;
+  std::array<char, kHeadSize + kNameSize + kMessageSize> m_text;
+};
 
 }  // namespace
 
@@ -75,20 +100,24 @@ void CLogger::WriteLogV(int iLevel, const char* pszFunction, const char* pszForm
   const LevelRow& row = kLevels[static_cast<size_t>(iLevel)];
   if (!m_logger->should_log(row.level)) return;
 
-  std::array<char, kMessageSize> szMessage{};
-  std::vsnprintf(szMessage.data(), szMessage.size(), pszFormat, arguments);
-  const ThreadIdText szThreadId = CurrentThreadIdText();
+  LineText line;
+  if (iLevel != kLogBare) line.AddThreadId();
+  line.Add(row.tag);
   if (iLevel == kLogTrace) {
-    Send(*m_logger, row.level, row.line, szThreadId.data(), pszFunction, szMessage.data());
-  } else {
-    Send(*m_logger, row.level, row.line, szThreadId.data(), szMessage.data());
+    line.Add(pszFunction);
+    line.Add(", ");
   }
+  line.AddMessage(pszFormat, arguments);
+  line.Send(*m_logger, row.level);
 }
 
 void CLogger::WriteTraceScope(char sign, const char* pszFuncName) {
   if (m_bMuted || m_logger == nullptr || !m_logger->should_log(spdlog::level::trace)) return;
-  Send(*m_logger, spdlog::level::trace, "{0} h : {1} {2}", CurrentThreadIdText().data(), sign,
-       pszFuncName);
+  LineText line;
+  line.AddThreadId();
+  line.Add(sign == '+' ? " h : + " : " h : - ");
+  line.Add(pszFuncName);
+  line.Send(*m_logger, spdlog::level::trace);
 }
 
 void CLogger::Mute() { m_bMuted = true; }

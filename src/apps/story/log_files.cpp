@@ -54,6 +54,7 @@ std::vector<fs::path> LogFilesSince(const fs::path& folder, const std::string& b
   }
   std::ranges::sort(found);
   std::vector<fs::path> files;
+  files.reserve(found.size());
   for (const auto& [stamp, order, path] : found) files.push_back(path);
   return files;
 }

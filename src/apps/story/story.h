@@ -13,9 +13,9 @@
 namespace nuvelta::story {
 
 struct Options {
-  std::filesystem::path disk;    // holds the notebook's files
-  std::optional<uint64_t> seed;  // instead of the scenario's
-  bool free_running = false;     // all threads at once instead of one at a time
+  std::filesystem::path disk;      // holds the notebook's files
+  std::optional<uint64_t> seed{};  // instead of the scenario's
+  bool free_running = false;       // all threads at once instead of one at a time
 };
 
 // The service's program, as the notebook's service control manager runs it.

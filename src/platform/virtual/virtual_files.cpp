@@ -160,7 +160,8 @@ void VirtualFiles::PutOldLogs(const std::string& folder, const std::vector<OldLo
       localtime_r(&begun, &local);
       std::array<char, 32> stamp{};
       std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", &local);
-      name = name_prefix + "HX2208GW_" + stamp.data() + name_suffix;
+      name = name_prefix;
+      name.append("HX2208GW_").append(stamp.data()).append(name_suffix);
     }
     const fs::path file = host / name;
     std::ofstream(file, std::ios::trunc).close();

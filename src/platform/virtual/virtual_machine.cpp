@@ -40,7 +40,7 @@ bool StoryReport::Behaved() const {
   return true;
 }
 
-VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, Options options)
+VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, const Options& options)
     : m_scenario(scenario), m_program(std::move(program)) {
   m_parts = std::make_unique<Parts>(
       m_scenario, StartTime(m_scenario), options, [this](const std::string& line) {

@@ -63,7 +63,7 @@ class VirtualMachine {
   };
 
   // Sets the host process's time zone to the story's.
-  VirtualMachine(const Scenario& scenario, Program program, Options options);
+  VirtualMachine(const Scenario& scenario, Program program, const Options& options);
   ~VirtualMachine();
   VirtualMachine(const VirtualMachine&) = delete;
   VirtualMachine& operator=(const VirtualMachine&) = delete;

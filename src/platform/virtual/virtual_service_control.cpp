@@ -46,7 +46,7 @@ std::vector<uint8_t> BytesOf(const Struct& value, size_t size) {
 
 }  // namespace
 
-VirtualServiceControl::VirtualServiceControl(Context& context, std::string service_key,
+VirtualServiceControl::VirtualServiceControl(Context& context, const std::string& service_key,
                                              std::function<void(std::string)> launch)
     : m_context(context), m_service_key(Utf16(service_key)), m_launch(std::move(launch)) {}
 

@@ -23,7 +23,7 @@ struct StatusReport {
 class VirtualServiceControl final : public platform::ServiceControl {
  public:
   // `launch` runs an elevated command line.
-  VirtualServiceControl(Context& context, std::string service_key,
+  VirtualServiceControl(Context& context, const std::string& service_key,
                         std::function<void(std::string)> launch);
   ~VirtualServiceControl() override;
 

@@ -11,6 +11,7 @@ namespace nuvelta::virtual_notebook {
 
 namespace {
 
+constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kTenYears = 3653LL * 24 * 3600;
 
 constexpr std::array kInterfaceWords{Word{"ethernet", uint32_t{6}}, Word{"wifi", uint32_t{71}},
@@ -102,7 +103,7 @@ std::vector<OldLog> ReadOldLogs(const JsonCursor& at) {
   for (const JsonCursor& item : at.Items()) {
     const JsonObject object(item, {"name", "age_days", "size_mb", "size_bytes", "in_use", "count"});
     OldLog log;
-    log.age = object.Need("age_days").Days(kTenYears / (24 * 3600));
+    log.age = object.Need("age_days").Days(kTenYears / kSecondsPerDay);
     log.size = ReadLogSize(object);
     object.Read("in_use", log.in_use);
     uint32_t count = 1;

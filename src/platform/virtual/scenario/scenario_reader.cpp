@@ -14,6 +14,8 @@ namespace nuvelta::virtual_notebook {
 
 namespace {
 
+constexpr int64_t kLongestRest = 86400;  // seconds
+
 constexpr size_t kLargestScenario = 4U << 20U;
 
 std::string ReadTitle(const JsonCursor& at) {
@@ -49,7 +51,7 @@ Scenario ReadRoot(const JsonCursor& root, const std::string& folder) {
   scenario.events = ReadEvents(object.Find("events"));
   if (const auto faults = object.Find("faults")) scenario.faults = ReadFaults(*faults);
   if (const auto rest = object.Find("rest_within_s")) {
-    scenario.rest_within = rest->Seconds(0, 24 * 3600);
+    scenario.rest_within = rest->Seconds(0, kLongestRest);
   }
   object.Read("stop_at_end", scenario.stop_at_end);
   return scenario;
