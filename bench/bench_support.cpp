@@ -11,17 +11,6 @@
 
 namespace nuvelta::bench {
 
-TemporaryFolder::TemporaryFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "nuvelta_bench_XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) std::abort();
-  m_path = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(m_path, ignored);
-}
-
 virtual_notebook::Scenario ShippedScenario(const char* name) {
   return virtual_notebook::ReadScenarioFile(std::string(NUVELTA_SOURCE_DIR) + "/scenarios/" + name +
                                             ".json");

@@ -2,25 +2,14 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <functional>
 
+#include "apps/story/temporary_folder.h"
 #include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::bench {
 
-// A folder that goes when the object goes.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const std::filesystem::path& Path() const { return m_path; }
-
- private:
-  std::filesystem::path m_path;
-};
+using story::TemporaryFolder;
 
 virtual_notebook::Scenario ShippedScenario(const char* name);
 

@@ -1,9 +1,9 @@
 #include "story_support.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 
+#include "apps/story/text_shape.h"
 #include "platform/virtual/scenario/scenario_reader.h"
 
 namespace nuvelta::test {
@@ -19,15 +19,8 @@ constexpr size_t kTimeLength = 23;
 constexpr size_t kThreadLength = 8;
 constexpr size_t kPrefixLength = kTimeLength + 1 + kThreadLength + 1;
 
-bool HasForm(std::string_view text, std::string_view form) {
-  return text.size() >= form.size() &&
-         std::equal(form.begin(), form.end(), text.begin(), [](char wanted, char c) {
-           return wanted == '9' ? c >= '0' && c <= '9' : c == wanted;
-         });
-}
-
 bool StartsRecord(std::string_view text) {
-  return text.size() >= kPrefixLength && HasForm(text, "9999-99-99 99:99:99.999 ");
+  return story::BeginsWithShape(text, "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ");
 }
 
 bool Contains(std::string_view text, std::string_view part) {
@@ -37,17 +30,6 @@ bool Contains(std::string_view text, std::string_view part) {
 void AddLine(std::string& lines, std::string_view line) { lines.append(line).append("\n"); }
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder() {
-  std::string name = (fs::temp_directory_path() / "nuvelta_story_XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  m_path = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  fs::remove_all(m_path, ignored);
-}
 
 std::vector<Record> Told::Records() const {
   std::vector<Record> records;

@@ -10,24 +10,13 @@
 #include <vector>
 
 #include "apps/story/story.h"
+#include "apps/story/temporary_folder.h"
 
 namespace nuvelta::test {
 
+using story::TemporaryFolder;
 using virtual_notebook::Scenario;
 using virtual_notebook::StoryReport;
-
-// A folder that goes when the object goes.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const std::filesystem::path& Path() const { return m_path; }
-
- private:
-  std::filesystem::path m_path;
-};
 
 // One record of the log. `text` is all behind the thread id and its blank:
 // "h : + ServiceMain", "i :   NService::Run entry".

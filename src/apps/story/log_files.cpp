@@ -36,7 +36,7 @@ std::optional<LogName> ParseName(std::string_view name) {
   if (name.empty()) return parsed;
   const auto [end, error] =
       std::from_chars(name.data() + 1, name.data() + name.size(), parsed.rotation);
-  if (name[0] != '.' || error != std::errc() || end != name.data() + name.size())
+  if (!BeginsWithShape(name, ".d") || error != std::errc() || end != name.data() + name.size())
     return std::nullopt;
   return parsed;
 }

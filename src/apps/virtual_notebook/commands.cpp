@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "apps/story/story.h"
+#include "apps/story/temporary_folder.h"
 #include "apps/virtual_notebook/log_follower.h"
 #include "apps/virtual_notebook/log_printer.h"
 #include "apps/virtual_notebook/summary.h"
@@ -19,29 +20,6 @@ using virtual_notebook::Scenario;
 using virtual_notebook::ScenarioError;
 
 namespace {
-
-// A folder of the program's own that goes when the object goes.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = (fs::temp_directory_path() / "virtual_notebook_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-      throw fs::filesystem_error("cannot create a temporary folder", name,
-                                 std::error_code(errno, std::generic_category()));
-    }
-    m_path = name;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const fs::path& Path() const { return m_path; }
-
- private:
-  fs::path m_path;
-};
 
 // All scenarios, or none when one of them is bad; says which.
 std::optional<std::vector<Scenario>> ReadAll(const std::vector<std::string>& files) {

@@ -77,11 +77,9 @@ void LogPrinter::PrintLine(std::string line) {
   // A line without a head goes on with the message before it.
   if (BeginsWithShape(line, kHead)) m_line_colour = ColourOf(line[kHead.size()]);
   const std::string shown = FromLogCodePage(line);
-  if (m_colour && *m_line_colour != '\0') {
-    std::fprintf(m_out, "%s%s%s\n", m_line_colour, shown.c_str(), kReset);
-  } else {
-    std::fprintf(m_out, "%s\n", shown.c_str());
-  }
+  const bool colour = m_colour && *m_line_colour != '\0';
+  const std::string whole = colour ? m_line_colour + shown + kReset + "\n" : shown + "\n";
+  std::fwrite(whole.data(), 1, whole.size(), m_out);
 }
 
 }  // namespace nuvelta::story

@@ -22,7 +22,8 @@ int main(int argc, char** argv) {
                   "Choose the interleaving of the threads (default: the scenario's)");
   run->add_option("--log-dir", run_options.log_dir,
                   "Keep the log files below this folder, one folder a scenario");
-  run->add_option("--summary", summary_format, "json: print the summary as JSON, without the log")
+  run->add_option("--summary", summary_format,
+                  "json: print a JSON object for each scenario, without the log")
       ->check(CLI::IsMember({"json"}));
   run->add_flag("--free", run_options.free_running,
                 "Let all threads run at once instead of one at a time");

@@ -17,12 +17,16 @@ using virtual_notebook::StatusReport;
 
 std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 std::string Format(const char* format, ...) {
-  std::array<char, 1024> text{};
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text.data(), text.size(), format, arguments);
+  va_list again;
+  va_copy(again, arguments);
+  const int size = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(size < 0 ? 0 : static_cast<size_t>(size), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
   va_end(arguments);
-  return text.data();
+  return text;
 }
 
 std::string Hex(const std::vector<uint8_t>& bytes) {
@@ -95,6 +99,45 @@ void AddCounts(Table& table, const Summary& summary) {
   table.Row("give-ups", std::to_string(counts.give_ups));
 }
 
+// Runs of the same thing take one row.
+template <class Item, class Same>
+size_t RunLength(const std::vector<Item>& items, size_t first, Same same) {
+  size_t end = first + 1;
+  while (end < items.size() && same(items[first], items[end])) ++end;
+  return end - first;
+}
+
+void AddCommands(Table& table, const std::vector<ModemCommand>& commands) {
+  const char* label = "modem commands";
+  if (commands.empty()) table.Row(label, "none");
+  for (size_t i = 0; i < commands.size();) {
+    const ModemCommand& command = commands[i];
+    const size_t times = RunLength(commands, i, [](const auto& left, const auto& right) {
+      return left.set == right.set && left.payload == right.payload &&
+             left.radio_before == right.radio_before && left.radio_after == right.radio_after;
+    });
+    const std::string repeated = times > 1 ? Format("   %zu times", times) : "";
+    table.Row(label, Format("%-5s %-11s   radio %d -> %d%s", command.set ? "set" : "query",
+                            Hex(command.payload).c_str(), command.radio_before, command.radio_after,
+                            repeated.c_str()));
+    label = "";
+    i += times;
+  }
+}
+
+void AddFaults(Table& table, const std::vector<FiredFault>& faults) {
+  for (size_t i = 0; i < faults.size();) {
+    const size_t times = RunLength(faults, i, [](const auto& left, const auto& right) {
+      return left.call == right.call && left.kind == right.kind && left.code == right.code;
+    });
+    const std::string repeated =
+        times > 1 ? Format("   and %zu more, to call %u", times - 1, faults[i + times - 1].nth)
+                  : "";
+    table.Row("fault fired", FaultText(faults[i]) + repeated);
+    i += times;
+  }
+}
+
 size_t Restarts(const Summary& summary) { return summary.report.launches.size(); }
 
 const char* Verdict(const Summary& summary) {
@@ -108,20 +151,13 @@ std::string SummaryTable(const Summary& summary) {
   Table table;
   AddCounts(table, summary);
   table.Row("restarts", std::to_string(Restarts(summary)));
-  const char* label = "modem commands";
-  if (report.commands.empty()) table.Row(label, "none");
-  for (const ModemCommand& command : report.commands) {
-    table.Row(label,
-              Format("%-5s %-11s   radio %d -> %d", command.set ? "set" : "query",
-                     Hex(command.payload).c_str(), command.radio_before, command.radio_after));
-    label = "";
-  }
+  AddCommands(table, report.commands);
   table.Row("radio", Format("%d -> %d", report.radio_before, report.radio_after));
   table.Row("service states", States(summary));
   for (const ProcessEnd& process : report.processes) {
     table.Row("process", Format("%u %s", process.process, HowEnded(process).c_str()));
   }
-  for (const FiredFault& fault : report.fired_faults) table.Row("fault fired", FaultText(fault));
+  AddFaults(table, report.fired_faults);
   for (const auto& fault : report.faults_not_fired) table.Row("fault NOT fired", fault.call);
   for (const std::string& note : report.notes) table.Row("note", note);
   if (!report.standard_output.empty()) table.Row("standard output", report.standard_output);

@@ -58,6 +58,7 @@ struct VirtualMachine::Parts {
   std::atomic<uint32_t> current = 0;  // the running process, 0 when there is none
   uint32_t next_process = 0x0A28;
   ProcessEnded ended;
+  std::string log_folder;  // of the service, a path of the notebook
   std::string crash;
   std::vector<ProcessEnd> processes;
   std::vector<std::string> launches;

@@ -203,11 +203,15 @@ bool Scheduler::AnyoneStuck() const {
 }
 
 void Scheduler::ReportDeadlock() {
+  bool killed = false;
   for (const auto& thread : m_threads) {
     if (thread->state != Thread::State::kWaiting) continue;
     if (thread->object != nullptr) AddWaiting(m_deadlock, *thread);
     thread->killed = !thread->reprieved;
+    killed = killed || thread->killed;
   }
+  // Those who wait for the others of their process to end cannot be the last.
+  if (!killed) std::abort();
 }
 
 std::string Scheduler::DescribeWaiting(uint32_t process) const {

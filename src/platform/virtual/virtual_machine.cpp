@@ -62,7 +62,8 @@ std::filesystem::path VirtualMachine::HostPath(const std::string& path) const {
 
 StoryReport VirtualMachine::Play() {
   Parts& parts = *m_parts;
-  parts.files.PutOldLogs(m_program.log_folder(), m_scenario.notebook.old_logs, m_program.log_prefix,
+  parts.log_folder = m_program.log_folder();
+  parts.files.PutOldLogs(parts.log_folder, m_scenario.notebook.old_logs, m_program.log_prefix,
                          m_program.log_suffix);
   parts.scheduler.Spawn("director", 0, [this] { Direct(); });
   parts.scheduler.Run();
@@ -107,7 +108,7 @@ void VirtualMachine::ServiceProcess(uint32_t process) {
   ProcessEnd end{.process = process, .how = ProcessEnd::How::kKilled, .exit_code = 1, .crash = {}};
   try {
     parts.scheduler.Sleep(kProcessStart);
-    parts.files.BeginProcess(m_program.log_folder());
+    parts.files.BeginProcess(parts.log_folder);
     end.exit_code = m_program.main();
     end.how = ProcessEnd::How::kReturned;
   } catch (const ThreadKilled&) {

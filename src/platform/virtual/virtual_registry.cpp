@@ -43,8 +43,8 @@ VirtualRegistry::VirtualRegistry(Context& context, const RegistryContent& conten
 }
 
 void VirtualRegistry::CreateFolded(std::string_view path) {
-  for (size_t end = 0; end != std::string_view::npos;) {
-    end = path.find('\\', end == 0 ? 0 : end + 1);
+  for (size_t end = 0, begin = 0; end != std::string_view::npos; begin = end + 1) {
+    end = path.find('\\', begin);
     const std::string_view prefix = path.substr(0, end);
     const size_t last = prefix.rfind('\\');
     const auto name = last == std::string_view::npos ? prefix : prefix.substr(last + 1);

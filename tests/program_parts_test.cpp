@@ -1,0 +1,249 @@
+// The parts of the program that plays scenarios: log files, printer, summary.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "apps/story/log_files.h"
+#include "apps/story/temporary_folder.h"
+#include "apps/virtual_notebook/log_counts.h"
+#include "apps/virtual_notebook/log_follower.h"
+#include "apps/virtual_notebook/log_printer.h"
+#include "apps/virtual_notebook/summary.h"
+
+namespace nuvelta::test {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace story;
+using namespace std::chrono_literals;
+
+const std::string kBase = "nuvelta_maservice_monitor_HX2208GW_";
+const std::string kBegin = "2026-11-16_00.58.46";
+
+TEST(LogFiles, StandInTheOrderOfTheirLines) {
+  const TemporaryFolder folder;
+  const std::string later = "2026-11-16_00.58.47";
+  for (const std::string& name :
+       {kBase + later + ".log", kBase + later + ".1.log", kBase + kBegin + ".log",
+        kBase + kBegin + ".2.log", kBase + kBegin + ".10.log", kBase + "2026-11-16_00.58.45.log",
+        kBase + kBegin + ".x.log", kBase + kBegin + "1.log", kBase + kBegin + ".1.log.old",
+        "other_" + kBegin + ".log", kBase + "2026-11-16.log"}) {
+    std::ofstream(folder.Path() / name) << name;
+  }
+  std::string names;
+  for (const fs::path& file : LogFilesSince(folder.Path(), kBegin)) {
+    EXPECT_EQ(ReadFile(file), file.filename().string());
+    names += file.filename().string().substr(kBase.size()) + "\n";
+  }
+  EXPECT_EQ(names, kBegin + ".10.log\n" + kBegin + ".2.log\n" + kBegin + ".log\n" + later +
+                       ".1.log\n" + later + ".log\n");
+  EXPECT_TRUE(LogFilesSince(folder.Path() / "none", kBegin).empty());
+  EXPECT_EQ(ReadFile(folder.Path() / "none"), "");
+}
+
+TEST(LogFollower, HandsOverEveryLineOnceAndInOrderAcrossRotation) {
+  constexpr int kLines = 2000;
+  constexpr int kLinesInFile = 40;
+  const TemporaryFolder folder;
+  const auto file = [&](int rotation) {
+    const std::string number = rotation == 0 ? "" : "." + std::to_string(rotation);
+    return folder.Path() / (kBase + kBegin + number + ".log");
+  };
+  std::ofstream(folder.Path() / (kBase + "2026-11-16_00.58.45.log")) << "of an earlier run\n";
+  std::string written;
+  std::string followed;
+  size_t pieces = 0;
+  {
+    const LogFollower follower(folder.Path(), kBegin, [&](const std::string& text) {
+      followed += text;
+      ++pieces;
+    });
+    std::thread([&] {
+      std::ofstream log(file(0));
+      int rotations = 0;
+      for (int i = 0; i < kLines; ++i) {
+        if (i > 0 && i % kLinesInFile == 0) {
+          log.close();
+          for (int rotation = rotations++; rotation >= 0; --rotation) {
+            fs::rename(file(rotation), file(rotation + 1));
+          }
+          log.open(file(0));
+        }
+        const std::string line = "line " + std::to_string(i) + "\r\n";
+        log << line << std::flush;
+        written += line;
+        if (i % 10 == 0) std::this_thread::sleep_for(2ms);
+      }
+    }).join();
+    // Not only at its end.
+    for (int i = 0; i < 500 && pieces == 0; ++i) std::this_thread::sleep_for(1ms);
+  }
+  EXPECT_EQ(followed, written);
+  EXPECT_GT(pieces, static_cast<size_t>(kLines / kLinesInFile));
+}
+
+TEST(LogPrinter, ShowsTheLogsCodePageAsUtf8) {
+  EXPECT_EQ(FromLogCodePage("plain ~ text"), "plain ~ text");
+  EXPECT_EQ(FromLogCodePage("a \xCF\xB5\xCD\xB3 b"), "a \u7cfb\u7edf b");
+  EXPECT_EQ(FromLogCodePage("x\xFFy\xCF"), "x?y?");
+  EXPECT_EQ(FromLogCodePage("\xCF \xCF\xB5"), "? \u7cfb");
+}
+
+TEST(LogPrinter, PrintsWholeLinesWithoutColourIntoAFile) {
+  std::FILE* out = std::tmpfile();
+  ASSERT_NE(out, nullptr);
+  const auto printed = [&] {
+    std::string text(4096, '\0');
+    std::rewind(out);
+    text.resize(std::fread(text.data(), 1, text.size(), out));
+    std::fseek(out, 0, SEEK_END);
+    return text;
+  };
+  LogPrinter printer(out);
+  const std::string head = "2026-11-16 00:58:46.123 0000abcd e : ";
+  printer.Print(head + "one\r\nfollow");
+  EXPECT_EQ(printed(), head + "one\n");
+  printer.Print("ing \xCF");
+  EXPECT_EQ(printed(), head + "one\n");
+  printer.Print("\xB5\r\n\r\n" + head + "two\r\nrest\r");
+  const std::string all = head + "one\nfollowing \u7cfb\n\n" + head + "two\n";
+  EXPECT_EQ(printed(), all);
+  printer.Print("\n");
+  EXPECT_EQ(printed(), all + "rest\n");
+  std::fclose(out);
+}
+
+TEST(LogCounts, CountsTheMarksOfWork) {
+  const LogCounts counts = CountLog(
+      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask TASK_TYPE_AUTH\r\n"
+      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask TASK_TYPE_AUTH\r\n"
+      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask OTHER\r\n"
+      "i : x Cast Time 1\r\ni : x Cast Time 2\r\ni : x Cast Time 3\r\ni : x Cast Time 4\r\n"
+      "i : t retry deal task : 1\r\ni : t retry deal task : 2\r\ni : t retry deal task : 3\r\n"
+      "i : 0 <=0 ,give up the Task a\r\ni : 0 <=0 ,give up the Task b\r\n"
+      "i : CommonUtil::RestartService();\r\n");
+  EXPECT_EQ(counts.triggers, 5U);
+  EXPECT_EQ(counts.runs, 4U);
+  EXPECT_EQ(counts.retries, 3U);
+  EXPECT_EQ(counts.give_ups, 2U);
+  EXPECT_EQ(counts.restart_attempts, 1U);
+  EXPECT_EQ(CountLog("").runs, 0U);
+}
+
+Summary CrashedSummary() {
+  using Kind = virtual_notebook::Fault::Kind;
+  using How = virtual_notebook::ProcessEnd::How;
+  Summary summary{.file = "a.json",
+                  .title = "A title",
+                  .report = {},
+                  .counts = LogCounts{5, 4, 3, 2, 1},
+                  .real_time = 25ms,
+                  .log_folder = "logs"};
+  auto& report = summary.report;
+  report.commands = {
+      {.set = false, .command_id = 1, .payload = {0}, .radio_before = 4, .radio_after = 4},
+      {.set = true,
+       .command_id = 1,
+       .payload = {1, 0, 0, 0xAB},
+       .radio_before = 4,
+       .radio_after = 1}};
+  report.radio_before = 4;
+  report.radio_after = 1;
+  for (const auto& [process, state] : {std::pair{1U, 2U}, {1U, 4U}, {2U, 2U}, {2U, 99U}}) {
+    report.status_reports.push_back(
+        {.process = process, .at = {}, .status = {.dwCurrentState = state}});
+  }
+  report.processes = {{.process = 1, .how = How::kCrashed, .crash = "\"task\": bad"},
+                      {.process = 2, .how = How::kKilled, .crash = {}},
+                      {.process = 3, .how = How::kReturned, .exit_code = 7, .crash = {}}};
+  report.launches = {"net stop", "net start"};
+  report.notes = {"a note"};
+  report.fired_faults = {{"SetEvent", 2, Kind::kError, 0x1F},
+                         {"Modem::DeviceServices", 1, Kind::kBadAlloc, 0}};
+  report.faults_not_fired = {{.call = "HeapAlloc"}};
+  report.standard_output = "usage \xFF";
+  report.virtual_time = 90500ms;
+  return summary;
+}
+
+TEST(Summary, TellsAPersonWhatHappened) {
+  Summary summary = CrashedSummary();
+  EXPECT_EQ(SummaryTable(summary),
+            "A title\n"
+            "  triggers         5\n"
+            "  runs             4\n"
+            "  retries          3\n"
+            "  give-ups         2\n"
+            "  restarts         2\n"
+            "  modem commands   query 00            radio 4 -> 4\n"
+            "                   set   01 00 00 AB   radio 4 -> 1\n"
+            "  radio            4 -> 1\n"
+            "  service states   START_PENDING, RUNNING | START_PENDING, ?\n"
+            "  process          1 CRASHED, \"task\": bad\n"
+            "  process          2 killed\n"
+            "  process          3 returned 7\n"
+            "  fault fired      SetEvent, call 2: error 0x1F\n"
+            "  fault fired      Modem::DeviceServices, call 1: out of memory 0x0\n"
+            "  fault NOT fired  HeapAlloc\n"
+            "  note             a note\n"
+            "  standard output  usage \xFF\n"
+            "  virtual time     90.500 s\n"
+            "  real time        0.025 s\n"
+            "  log files        logs\n");
+  EXPECT_EQ(SummaryLine(summary),
+            "a.json: MISBEHAVED; radio 4 -> 1; 4 runs, 3 retries, 2 give-ups; 2 restarts; "
+            "90.5 s in 0.025 s");
+
+  // Nothing happened, and no log tells of it.
+  summary = {.file = "b.json", .title = "B", .report = {}, .counts = {}, .log_folder = {}};
+  EXPECT_EQ(SummaryTable(summary),
+            "B\n"
+            "  work             not known: the service log is switched off\n"
+            "  restarts         0\n"
+            "  modem commands   none\n"
+            "  radio            0 -> 0\n"
+            "  service states   none reported\n"
+            "  virtual time     0.000 s\n"
+            "  real time        0.000 s\n");
+  EXPECT_EQ(SummaryLine(summary),
+            "b.json: ok; radio 0 -> 0; log switched off; 0 restarts; 0.0 s in 0.000 s");
+  summary.report.deadlock = "x waits for y";
+  EXPECT_NE(SummaryTable(summary).find("  DEADLOCK         x waits for y\n"), std::string::npos);
+  EXPECT_NE(SummaryLine(summary).find(": MISBEHAVED;"), std::string::npos);
+}
+
+TEST(Summary, TellsAProgramTheSame) {
+  Summary summary = CrashedSummary();
+  const auto json = nlohmann::json::parse(SummaryJson(summary));
+  EXPECT_EQ(json["file"], "a.json");
+  EXPECT_EQ(json["behaved"], false);
+  EXPECT_EQ(json["triggers"], 5);
+  EXPECT_EQ(json["runs"], 4);
+  EXPECT_EQ(json["retries"], 3);
+  EXPECT_EQ(json["give_ups"], 2);
+  EXPECT_EQ(json["restarts"], 2);
+  EXPECT_EQ(json["commands"][1], nlohmann::json::parse(R"({"command": "set", "id": 1,
+      "bytes": "01 00 00 AB", "radio_before": 4, "radio_after": 1})"));
+  EXPECT_EQ(json["radio_after"], 1);
+  ASSERT_EQ(json["states"].size(), 4U);
+  EXPECT_EQ(json["states"][1]["state"], "RUNNING");
+  EXPECT_EQ(json["processes"][0]["end"], "CRASHED, \"task\": bad");
+  EXPECT_EQ(json["faults_fired"][0], "SetEvent, call 2: error 0x1F");
+  EXPECT_EQ(json["faults_not_fired"], nlohmann::json::array({"HeapAlloc"}));
+  EXPECT_EQ(json["virtual_seconds"], 90.5);
+
+  summary.counts.reset();
+  summary.report.processes.clear();
+  summary.title = "broken \xFF";  // must not make the text unreadable
+  const auto other = nlohmann::json::parse(SummaryJson(summary));
+  EXPECT_EQ(other["behaved"], true);
+  EXPECT_EQ(other["title"], "broken \uFFFD");
+  for (const char* key : {"triggers", "runs", "retries", "give_ups"})
+    EXPECT_TRUE(other[key].is_null());
+}
+
+}  // namespace
+}  // namespace nuvelta::test

@@ -1,0 +1,299 @@
+// The pure rules: firmware table, event records, hardware ids, platform table.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "auth/platform_table.h"
+#include "auth/smbios.h"
+#include "common/text_util.h"
+#include "modem/hardware_id.h"
+#include "service/logon_record.h"
+
+namespace nuvelta::test {
+namespace {
+
+using namespace std::string_literals;
+using Bytes = std::string;
+
+// Sized exactly, so that a sanitizer sees any read past the end.
+std::vector<std::byte> Exact(const Bytes& bytes) {
+  const auto* first = reinterpret_cast<const std::byte*>(bytes.data());
+  return {first, first + bytes.size()};
+}
+void Put(Bytes& bytes, size_t offset, auto number) {
+  std::memcpy(&bytes.at(offset), &number, sizeof number);
+}
+Bytes Table(const Bytes& structures, size_t claimed) {
+  Bytes table("\x01\x02\x03\x04\0\0\0\0"s + structures);
+  Put(table, 4, static_cast<uint32_t>(claimed));
+  return table;
+}
+// `rest` is what follows the formatted area.
+Bytes Structure(int type, int length, const Bytes& rest = "\0\0"s) {
+  const Bytes header{static_cast<char>(type), static_cast<char>(length)};
+  return header + Bytes(static_cast<size_t>(std::max(length - 2, 0)), '\x11') + rest;
+}
+
+const Bytes kMarker = "\x01NUVELTAFCCMODE";
+Bytes Fcc(const Bytes& content, const Bytes& closing = "\0\0"s) {
+  return "\x85\x05\x22\x22" + content + closing;
+}
+bool IsFcc(const SmbiosTable& table) {
+  const std::vector<uint8_t> marker(kMarker.begin(), kMarker.end());
+  const auto content = FindFccContent(table);
+  return content && IsFccContent(table, *content, marker);
+}
+
+// The same rules once more, by positions in the whole table.
+struct Reference {
+  explicit Reference(const Bytes& table) : all(table) {
+    uint64_t claimed = 0;
+    for (size_t i = 0; i < 4; ++i) claimed |= uint64_t(Byte(4 + i)) << (8 * i);
+    end = all.size() <= 8 ? 8 : 8 + std::min<uint64_t>(claimed, all.size() - 8);
+  }
+  unsigned Byte(size_t at) const {
+    return at < all.size() ? static_cast<unsigned char>(all[at]) : 0U;
+  }
+  size_t LengthAt(size_t start) const { return start + 1 < end ? Byte(start + 1) : 0; }
+  // The first of two zero bytes that both lie inside; far away without them.
+  size_t TwoZeros(size_t from) const {
+    while (from + 1 < end && Byte(from) + Byte(from + 1) != 0) ++from;
+    return from + 1 < end ? from : SIZE_MAX / 2;
+  }
+  size_t Find(unsigned type, size_t minimum) const {
+    size_t start = 8;
+    for (; start < end && LengthAt(start) >= 4; start = TwoZeros(start + LengthAt(start)) + 2)
+      if (Byte(start) == type && LengthAt(start) >= minimum) return start;
+    return 0;
+  }
+  Bytes String(size_t start, unsigned number) const {
+    size_t at = start + LengthAt(start);
+    if (number == 0 || Byte(at) == 0) return {};
+    for (; number > 1 && at < all.size(); ++at) number -= all[at] == '\0' ? 1 : 0;
+    Bytes text;
+    while (Byte(at) != 0) text += all[at++];
+    return text;
+  }
+  bool Fcc() const {
+    size_t start = 8;
+    while (start < end && Byte(start) != 133) start = TwoZeros(start + LengthAt(start)) + 2;
+    if (start >= end || LengthAt(start) != 5 || TwoZeros(start + 4) != start + 19) return false;
+    for (size_t i = 0; i < 14; ++i)
+      if (std::tolower(all[start + 4 + i] & 0xFF) != std::tolower(kMarker[i])) return false;
+    return true;
+  }
+  Bytes all;
+  size_t end = 8;
+};
+
+struct Dice {
+  size_t Roll(size_t sides) { return engine() % sides; }
+  char Byte() { return static_cast<char>(Roll(256)); }
+  std::mt19937 engine{20240611};  // the same numbers with every library
+};
+
+Bytes HostileFcc(Dice& dice) {
+  Bytes content = kMarker;
+  for (char& letter : content) letter = dice.Roll(3) == 0 ? ToLower(letter) : letter;
+  if (dice.Roll(4) == 0) content[dice.Roll(15)] ^= '\x20';
+  if (dice.Roll(4) == 0) content.resize(14 + dice.Roll(3), 'Z');
+  return Fcc(content, Bytes(dice.Roll(6) == 0 ? 1 : 2, '\0'));
+}
+Bytes HostileStructure(Dice& dice) {
+  if (dice.Roll(4) == 0) return HostileFcc(dice);
+  constexpr std::array kTypes{1, 2, 4, 133, 0, 127};
+  Bytes area = Structure(kTypes.at(dice.Roll(6)), 2 + static_cast<int>(dice.Roll(32)), "");
+  for (char& byte : std::span(area).subspan(2)) byte = static_cast<char>(dice.Roll(5));
+  if (dice.Roll(6) == 0) area[1] = dice.Byte();
+  for (size_t left = dice.Roll(4); left > 0; --left) area += Bytes(1 + dice.Roll(5), 'a') + '\0';
+  return area + Bytes(dice.Roll(4), '\0');
+}
+Bytes HostileTable(Dice& dice) {
+  Bytes structures;
+  for (size_t left = dice.Roll(7); left > 0; --left) structures += HostileStructure(dice);
+  const size_t size = structures.size();
+  const std::array claims{size, size + dice.Roll(9), dice.Roll(size + 1), ~size_t{0}};
+  Bytes table = Table(structures, claims.at(dice.Roll(4)));
+  if (dice.Roll(4) == 0) table.resize(dice.Roll(size + 9));
+  if (dice.Roll(4) == 0 && !table.empty()) table[dice.Roll(table.size())] = dice.Byte();
+  return table.substr(0, 200);
+}
+
+TEST(SmbiosRules, HoldForHostileTables) {
+  Dice dice;
+  int found = 0, missing = 0, texts = 0, fcc = 0;
+  for (int round = 0; round < 20000; ++round) {
+    const Bytes bytes = HostileTable(dice);
+    const auto block = Exact(bytes);
+    const SmbiosTable table(block);
+    const Reference reference(bytes);
+    ASSERT_EQ(table.End() + 8, reference.end) << round;
+    for (const unsigned type : {1, 2, 4, 133}) {
+      const auto minimum = static_cast<uint8_t>(dice.Roll(30));
+      const auto structure = FindStructure(table, static_cast<uint8_t>(type), minimum);
+      const size_t start = reference.Find(type, minimum);
+      ASSERT_EQ(structure ? structure->offset + 8 : 0, start) << round;
+      ++(structure ? found : missing);
+      for (uint8_t number = 0; structure && number < 240; number = uint8_t(number * 2 + 1)) {
+        const Bytes text(ResolveString(table, *structure, number));
+        ASSERT_EQ(text, reference.String(start, number)) << round << " string " << int{number};
+        texts += text.empty() ? 0 : 1;
+      }
+    }
+    ASSERT_EQ(IsFcc(table), reference.Fcc()) << round;
+    fcc += reference.Fcc() ? 1 : 0;
+  }
+  // The tables must not all be of one kind.
+  EXPECT_GT(std::min({found, missing, texts}), 5000);
+  EXPECT_GT(fcc, 500);
+}
+
+TEST(SmbiosRules, ResolveStrings) {
+  const Bytes set = "a\0bc\0\0"s, next = set + "\x7f\x04xy\0\0"s;
+  using Case = std::tuple<Bytes, uint8_t, Bytes>;
+  for (const auto& [rest, number, text] :
+       {Case{set, 0, ""}, Case{set, 1, "a"}, Case{set, 2, "bc"}, Case{set, 3, ""},
+        Case{set, 255, ""}, Case{"\0\0b\0"s, 2, ""}, Case{"", 1, ""}, Case{next, 4, "\x7f\x04xy"},
+        Case{"a\0b"s, 2, "b"}, Case{"a\0b"s, 3, ""}}) {
+    const auto block = Exact(Table(Structure(1, 27, rest), 999));
+    const SmbiosTable table(block);
+    EXPECT_EQ(ResolveString(table, FindStructure(table, 1, 25).value(), number), text);
+  }
+  // The family number of a structure of 26 bytes is the first letter of its strings,
+  // which are read past the claimed length.
+  const auto block = Exact(Table(Structure(1, 26, "\x02\0family\0\0"s), 27));
+  const SmbiosTable table(block);
+  EXPECT_EQ(ResolveString(table, FindStructure(table, 1, 25).value(), table.At(26)), "family");
+}
+
+TEST(SmbiosRules, FindTheFccMarker) {
+  Bytes lower = kMarker, last = kMarker, compared = kMarker, binary = kMarker;
+  std::ranges::transform(lower, lower.begin(), ToLower);
+  last[14] = compared[13] = '?';
+  binary[0] ^= '\x20';
+  const auto is_fcc = [](const Bytes& bytes) { return IsFcc(SmbiosTable(Exact(bytes))); };
+  const Bytes fcc = Fcc(kMarker), other = Structure(133, 6), none = Structure(1, 0, "\0"s);
+  for (const Bytes& bytes :
+       {fcc, Fcc(lower), Fcc(last), Structure(1, 27) + fcc, fcc + other, none + fcc})
+    EXPECT_TRUE(is_fcc(Table(bytes, 999))) << bytes;
+  for (const Bytes& bytes :
+       {Fcc(compared), Fcc(binary), Fcc(kMarker.substr(0, 14)), Fcc(kMarker + 'E'),
+        Fcc(kMarker, "\0"s), Fcc("\x01OTHER") + fcc, other + fcc})
+    EXPECT_FALSE(is_fcc(Table(bytes, 999))) << bytes;
+  EXPECT_TRUE(is_fcc(Table(fcc, fcc.size())));
+  EXPECT_FALSE(is_fcc(Table(fcc, fcc.size() - 1)));
+}
+Bytes Utf16(std::u16string_view text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+}
+Bytes Record(uint32_t number, const Bytes& after = Utf16(u"Wlclntfy\0PC\0"s), uint16_t type = 4) {
+  Bytes record = Bytes(56, '\x33') + after;
+  for (const uint32_t member : {2U, 3U, 4U, 5U}) Put(record, member * 4, number * 10 + member);
+  Put(record, 8, number);
+  Put(record, 24, type);
+  Put(record, 0, static_cast<uint32_t>(record.size()));
+  return record;
+}
+// The number of the record found; 0 for none.
+uint32_t Found(const Bytes& records) {
+  const auto record = FindLogonRecord(Exact(records));
+  return record ? record->RecordNumber : 0;
+}
+
+TEST(LogonRecordRules, WalkTheRecords) {
+  const Bytes good = Record(7), unended = Record(1, Utf16(u"Wlclntfy")), bad = Record(1, "", 2);
+  const Bytes source = Utf16(u"Wlclntfy\0"s);
+  EXPECT_EQ(Found(Record(9) + good), 9U);
+  for (const Bytes& first : {bad, unended, Record(1, Utf16(u"WlClntfy\0"s)), Record(1, source, 2),
+                             Record(1, source, 0x104), Record(1, Utf16(u"Wlclntfy2\0"s)),
+                             Record(1, Utf16(u"Wlclntfy") + '\0')})
+    EXPECT_EQ(Found(first + good), 7U) << first;
+  Bytes zero = bad, few = bad.substr(0, 55), beyond = good;
+  Put(zero, 0, 0U);
+  Put(few, 0, 55U);
+  Put(beyond, 0, static_cast<uint32_t>(good.size() + 1));
+  for (const Bytes& records :
+       {zero + good, few + good, beyond, good.substr(0, 55), unended + "\0\0"s, ""s})
+    EXPECT_EQ(Found(records), 0U) << records;
+  const LogonRecord record = FindLogonRecord(Exact(good)).value();
+  EXPECT_EQ(std::tie(record.TimeGenerated, record.TimeWritten, record.EventID),
+            std::make_tuple(73U, 74U, 75U));
+  EXPECT_EQ(record.EventType << 16 | record.EventCategory, 0x43333);
+  EXPECT_EQ(record.SourceName, u"Wlclntfy");
+}
+
+TEST(LogonRecordRules, StayInsideHostileBytes) {
+  Dice dice;
+  int found = 0;
+  for (int round = 0; round < 20000; ++round) {
+    Bytes records(dice.Roll(5) == 0 ? dice.Roll(120) : 0, dice.Byte());
+    for (size_t left = dice.Roll(4); left > 0; --left) {
+      Bytes record = Record(1, dice.Roll(2) == 0 ? "" : Utf16(u"Wlclntfy\0"s));
+      if (dice.Roll(3) == 0) record[dice.Roll(4)] = dice.Byte();
+      records += record;
+    }
+    if (dice.Roll(2) == 0) records.resize(dice.Roll(200), dice.Byte());
+    found += Found(records) == 0 ? 0 : 1;
+  }
+  EXPECT_NEAR(found, 10000, 8000);
+}
+
+TEST(HardwareIdRules, CutAndClassify) {
+  const std::string mbim = "USB\\VID_3A5E&PID_4A10&MI_00";
+  EXPECT_EQ(CutMbimHwid(mbim + "\\7&1"), mbim);
+  EXPECT_EQ(CutMbimHwid("USB\\VID"), "USB\\VID");
+  const std::string pci = "PCI\\VEN_2F1B&DEV_4D75&SUBSYS_1234";
+  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerPci, pci + "17AA&REV_01"), pci);
+  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerUsb, mbim), "USB\\VID_3A5E&PID_4A10");
+  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerPci, "PCI"), "PCI");
+  EXPECT_EQ(CutAuthHwid(HwidOwner::kOther, pci), "");
+  EXPECT_EQ(ClassifyHwid(pci), HwidOwner::kMakerPci);
+  EXPECT_EQ(ClassifyHwid(mbim), HwidOwner::kMakerUsb);
+  EXPECT_EQ(ClassifyHwid(mbim + pci), HwidOwner::kMakerPci);
+  for (const char* other : {"", "usb\\vid_3a5e&pid_4a10", "pci\\ven_2f1b", "USB\\VID_2F1B"})
+    EXPECT_EQ(ClassifyHwid(other), HwidOwner::kOther) << other;
+  for (const char* end : {"4A10&MI_00", "4A11&MI_00", "0A31&MI_00", "0A32&MI_00", "4A1", ""})
+    EXPECT_TRUE(IsExpectedMbimHwid("USB\\VID_3A5E&PID_"s + end)) << end;
+  for (const char* end : {"4A10&MI_02", "4a10&MI_00", "4A12&MI_00", "4A10&MI_00\\"})
+    EXPECT_FALSE(IsExpectedMbimHwid("USB\\VID_3A5E&PID_"s + end)) << end;
+}
+
+TEST(PlatformRules, AllowModemsByPlatform) {
+  const std::string first = "USB\\VID_3A5E&PID_4A10", second = "USB\\VID_3A5E&PID_4A11";
+  ASSERT_EQ(platform_modem_map.size(), 55U);
+  EXPECT_EQ(platform_modem_map[7].key, "ThinkPad T14 Gen 5");
+  EXPECT_EQ(platform_modem_map[10].key, "ThinkPad T14 Gen 5 AMD");
+  for (size_t at = 0; at < 55; ++at) {
+    const std::string key(platform_modem_map[at].key);
+    std::string upper = key;
+    std::ranges::transform(upper, upper.begin(), ToUpper);
+    EXPECT_TRUE(IsListedPlatform(upper)) << key;
+    EXPECT_TRUE(IsAllowedModem(upper, "usb\\vid_3a5e&pid_4a10")) << key;
+    EXPECT_EQ(IsAllowedModem(key, second), at < 11 && at != 7 && at != 10) << key;
+    EXPECT_FALSE(IsAllowedModem(key, first + "&MI_00")) << key;
+    EXPECT_EQ(IsCs24ProjectName(key), at < 11) << key;
+    EXPECT_FALSE(IsCs24ProjectName(upper)) << key;
+  }
+  EXPECT_TRUE(IsAllowedModem("ThinkPad T14s Gen5", second));
+  EXPECT_FALSE(IsListedPlatform("ThinkPad T14s Gen 5"));
+  EXPECT_FALSE(IsAllowedModem("ThinkPad T14s Gen 5", first));
+  EXPECT_EQ(Cs25PlatformKey("ThinkPad T16 Gen 4", "21qeS0"), "ThinkPad T16 Gen 4_21QE");
+}
+
+TEST(TextRules, FoldTheLettersAToZOnly) {
+  EXPECT_FALSE(EqualIgnoreCase("ab", "abc"));
+  for (int code = 0; code < 256; ++code) {
+    const char byte = static_cast<char>(code), other = static_cast<char>(code ^ 0x20);
+    const bool letter = (code | 0x20) >= 'a' && (code | 0x20) <= 'z';
+    EXPECT_EQ(EqualIgnoreCase({&byte, 1}, {&other, 1}), letter) << code;
+  }
+}
+
+}  // namespace
+}  // namespace nuvelta::test
