@@ -20,7 +20,6 @@ namespace {
 
 using namespace std::string_literals;
 using Bytes = std::string;
-
 // Sized exactly, so that a sanitizer sees any read past the end.
 std::vector<std::byte> Exact(const Bytes& bytes) {
   const auto* first = reinterpret_cast<const std::byte*>(bytes.data());
@@ -94,7 +93,6 @@ struct Dice {
   char Byte() { return static_cast<char>(Roll(256)); }
   std::mt19937 engine{20240611};  // the same numbers with every library
 };
-
 Bytes HostileFcc(Dice& dice) {
   Bytes content = kMarker;
   for (char& letter : content) letter = dice.Roll(3) == 0 ? ToLower(letter) : letter;
