@@ -1,6 +1,7 @@
 // The time of the last logon, from the Application event log.
 #include <cstdio>
 #include <ctime>
+#include <optional>
 #include <vector>
 
 #include "common/logger.h"

@@ -80,7 +80,11 @@ void VirtualNetwork::AddToClassKey(const Adapter& adapter) {
   if (adapter.instance_id) m_registry.SetText(path, "DeviceInstanceID", *adapter.instance_id);
 }
 
-void VirtualNetwork::InstallModem() { AddToClassKey(ModemAdapter(m_modem.Description())); }
+void VirtualNetwork::InstallModem() {
+  if (m_modem_installed) return;
+  m_modem_installed = true;
+  AddToClassKey(ModemAdapter(m_modem.Description()));
+}
 
 std::vector<Adapter> VirtualNetwork::Present() const {
   std::vector<Adapter> adapters = m_adapters;

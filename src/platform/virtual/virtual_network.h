@@ -21,7 +21,8 @@ class VirtualNetwork final : public platform::NetworkAdapters {
   platform::KeyHandle SetupDiOpenClassRegKeyExW(const platform::Guid& device_class, uint32_t access,
                                                 uint32_t flags) override;
 
-  // Writes the modem's entry below the class key, as its installation does.
+  // Writes the modem's entry below the class key, as its installation does; it
+  // stays there, so a modem that comes back adds none.
   void InstallModem();
 
  private:
@@ -33,6 +34,7 @@ class VirtualNetwork final : public platform::NetworkAdapters {
   const ModemModel& m_modem;
   std::vector<Adapter> m_adapters;
   uint32_t m_next_subkey = 0;
+  bool m_modem_installed = false;
 };
 
 }  // namespace nuvelta::virtual_notebook
