@@ -1,17 +1,40 @@
 # Libraries from the distribution's packages, by name.
 find_package(Threads REQUIRED)
-find_package(fmt REQUIRED)
-find_package(spdlog REQUIRED)
-find_package(nlohmann_json REQUIRED)
-find_package(CLI11 REQUIRED)
-if(NUVELTA_TESTS)
-  find_package(GTest REQUIRED)
-endif()
-if(NUVELTA_BENCH)
-  find_package(benchmark REQUIRED)
-endif()
 
-# Header-only, so that the sanitizers see them too.
 add_library(nuvelta_logging INTERFACE)
-target_link_libraries(nuvelta_logging INTERFACE spdlog::spdlog_header_only fmt::fmt-header-only
-  Threads::Threads)
+add_library(nuvelta_json INTERFACE)
+
+if(CMAKE_CROSSCOMPILING)
+  # The header-only libraries of the host serve here too; they are reached through
+  # links, because its include folder as a whole must stay out of a cross build.
+  set(nuvelta_headers ${CMAKE_BINARY_DIR}/headers)
+  file(MAKE_DIRECTORY ${nuvelta_headers})
+  foreach(library spdlog fmt nlohmann)
+    file(REAL_PATH /usr/include/${library} folder)
+    if(NOT IS_DIRECTORY ${folder})
+      message(FATAL_ERROR "the headers of ${library} are missing")
+    endif()
+    file(CREATE_LINK ${folder} ${nuvelta_headers}/${library} SYMBOLIC)
+  endforeach()
+  target_include_directories(nuvelta_logging SYSTEM INTERFACE ${nuvelta_headers})
+  target_compile_definitions(nuvelta_logging INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY=1)
+  target_link_libraries(nuvelta_logging INTERFACE Threads::Threads)
+  target_include_directories(nuvelta_json SYSTEM INTERFACE ${nuvelta_headers})
+else()
+  find_package(fmt REQUIRED)
+  find_package(spdlog REQUIRED)
+  find_package(nlohmann_json REQUIRED)
+  # Header-only, so that the sanitizers see them too.
+  target_link_libraries(nuvelta_logging INTERFACE spdlog::spdlog_header_only fmt::fmt-header-only
+    Threads::Threads)
+  target_link_libraries(nuvelta_json INTERFACE nlohmann_json::nlohmann_json)
+  if(NOT WIN32)
+    find_package(CLI11 REQUIRED)
+  endif()
+  if(NUVELTA_TESTS)
+    find_package(GTest REQUIRED)
+  endif()
+  if(NUVELTA_BENCH)
+    find_package(benchmark REQUIRED)
+  endif()
+endif()

@@ -7,7 +7,8 @@ namespace nuvelta {
 
 void CTask::Destroy(CTask* pTask) noexcept {
   if (pTask == nullptr) return;
-  pTask->~CTask();
+  // Tasks hold nothing that needs destruction, so the base's destructor is enough.
+  pTask->CTask::~CTask();
   platform::Os().memory.HeapFree(pTask);
 }
 

@@ -20,8 +20,8 @@ bool IsExpectedPayload(bool set, const std::vector<uint8_t>& payload) {
 }
 
 int32_t ValueOf(const std::vector<uint8_t>& payload) {
-  return static_cast<int32_t>(payload[0] | (payload[1] << 8U) | (payload[2] << 16U) |
-                              (static_cast<uint32_t>(payload[3]) << 24U));
+  const auto byte = [&](size_t i) { return static_cast<uint32_t>(payload[i]) << (8U * i); };
+  return static_cast<int32_t>(byte(0) | byte(1) | byte(2) | byte(3));
 }
 
 }  // namespace

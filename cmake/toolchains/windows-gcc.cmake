@@ -1,0 +1,11 @@
+# 64-bit Windows with GCC mingw-w64, POSIX threads.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(nuvelta_triple x86_64-w64-mingw32)
+set(CMAKE_CXX_COMPILER ${nuvelta_triple}-g++-posix)
+set(CMAKE_RC_COMPILER ${nuvelta_triple}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${nuvelta_triple})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
