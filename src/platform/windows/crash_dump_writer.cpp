@@ -1,0 +1,69 @@
+#include "platform/windows/crash_dump_writer.h"
+
+#include <array>
+#include <cwchar>
+#include <exception>
+
+#include "platform/windows/win32.h"
+
+#include <dbghelp.h>
+#include <objbase.h>
+
+namespace nuvelta::windows {
+
+namespace {
+
+constexpr size_t kPathSize = 260;
+constexpr size_t kNameSize = 512;
+constexpr UINT kAction = 0xFFFFFFFF;
+// The exception that stands for a call of std::terminate: "nuv" in its low bytes.
+constexpr DWORD kTerminated = 0xE06E7576;
+
+// "3F2504E0-4F89-11D3-9A0C-0305E82C3301.dmp". Without a GUID the name is of
+// zeros: one dump is better than none.
+void FormatName(std::array<wchar_t, kNameSize>& name) {
+  GUID id{};
+  if (FAILED(CoCreateGuid(&id))) id = {};
+  std::swprintf(name.data(), name.size(), L"%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X.dmp",
+                static_cast<unsigned>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1],
+                id.Data4[2], id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
+}
+
+// All on the stack: the heap may be what is broken.
+void WriteDump(EXCEPTION_POINTERS* exception) {
+  std::array<wchar_t, kPathSize + kNameSize> path{};
+  GetModuleFileNameW(nullptr, path.data(), kPathSize);
+  wchar_t* const last = std::wcsrchr(path.data(), L'\\');
+  if (last == nullptr) return;
+  std::array<wchar_t, kNameSize> name{};
+  FormatName(name);
+  std::wcscpy(last + 1, name.data());
+  const HANDLE file = CreateFileW(path.data(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  MINIDUMP_EXCEPTION_INFORMATION information{
+      .ThreadId = GetCurrentThreadId(), .ExceptionPointers = exception, .ClientPointers = TRUE};
+  MiniDumpWriteDump(GetCurrentProcess(), GetCurrentProcessId(), file, MiniDumpNormal, &information,
+                    nullptr, nullptr);
+  CloseHandle(file);
+}
+
+LONG WINAPI WriteDumpAndEnd(EXCEPTION_POINTERS* exception) {
+  WriteDump(exception);
+  FatalAppExitW(kAction, L"Fatal Error");
+  return 0;
+}
+
+// An exception that meets a function which must not throw ends in std::terminate
+// and not at the filter; this leads it there.
+[[noreturn]] void RaiseTerminated() {
+  for (;;) RaiseException(kTerminated, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+}
+
+}  // namespace
+
+void InstallCrashDumpWriter() {
+  SetUnhandledExceptionFilter(WriteDumpAndEnd);
+  std::set_terminate(RaiseTerminated);
+}
+
+}  // namespace nuvelta::windows
