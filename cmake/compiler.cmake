@@ -13,16 +13,21 @@ endif()
 set(NUVELTA_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
 
 add_library(nuvelta_flags INTERFACE)
-if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  set(nuvelta_gcc_only
-    # Paths and messages are cut to their fixed sizes on purpose.
-    -Wno-format-truncation
-    # GCC 12 sees uninitialised members in an engaged std::optional.
-    -Wno-maybe-uninitialized)
+if(MSVC)
+  target_compile_options(nuvelta_flags INTERFACE /W4 /WX /permissive- /utf-8 /EHsc
+    /Zc:__cplusplus)
+else()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    set(nuvelta_gcc_only
+      # Paths and messages are cut to their fixed sizes on purpose.
+      -Wno-format-truncation
+      # GCC 12 sees uninitialised members in an engaged std::optional.
+      -Wno-maybe-uninitialized)
+  endif()
+  target_compile_options(nuvelta_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+    ${nuvelta_gcc_only})
 endif()
-target_compile_options(nuvelta_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
-  ${nuvelta_gcc_only})
 if(NUVELTA_SANITIZE)
   target_compile_options(nuvelta_flags INTERFACE
     -fsanitize=${NUVELTA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -7,8 +7,8 @@ else()
   target_compile_options(nuvelta_flags INTERFACE -fstack-protector-strong -fcf-protection=full
     -ffunction-sections -fdata-sections)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
-    # What the linker makes the PDB of.
-    target_compile_options(nuvelta_flags INTERFACE -gcodeview)
+    # What the linker makes the PDB of, and guarded calls through pointers.
+    target_compile_options(nuvelta_flags INTERFACE -gcodeview -mguard=cf)
   endif()
 endif()
 
@@ -32,7 +32,8 @@ function(nuvelta_ship target)
   nuvelta_static(${target})
   if(MSVC)
     target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:wmainCRTStartup /guard:cf
-      /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG /OPT:REF /Brepro)
+      /CETCOMPAT
+      /DEPENDENTLOADFLAG:0x800 /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG /OPT:REF /Brepro)
     return()
   endif()
   target_link_options(${target} PRIVATE -municode -mconsole
@@ -40,8 +41,9 @@ function(nuvelta_ship target)
   set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES
     $<TARGET_FILE_DIR:${target}>/${target}.map)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    target_link_libraries(${target} PRIVATE nuvelta_load_config)
     # The PDB holds the symbols; the executable itself carries none.
-    target_link_options(${target} PRIVATE
+    target_link_options(${target} PRIVATE -Wl,--guard-cf -Wl,--no-guard-longjmp
       -Wl,--pdb,$<TARGET_FILE_DIR:${target}>/${target}.pdb -Wl,-s)
   else()
     find_program(NUVELTA_OBJCOPY ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-objcopy REQUIRED)
