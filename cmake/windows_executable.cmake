@@ -5,7 +5,9 @@ if(MSVC)
   target_compile_options(nuvelta_flags INTERFACE /GS /guard:cf)
 else()
   target_compile_options(nuvelta_flags INTERFACE -fstack-protector-strong -fcf-protection=full
-    -ffunction-sections -fdata-sections)
+    -ffunction-sections -fdata-sections
+    # No folder of the building machine in what is shipped.
+    -ffile-prefix-map=${CMAKE_BINARY_DIR}/headers/= -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     # What the linker makes the PDB of, and guarded calls through pointers.
     target_compile_options(nuvelta_flags INTERFACE -gcodeview -mguard=cf)
@@ -44,7 +46,9 @@ function(nuvelta_ship target)
     target_link_libraries(${target} PRIVATE nuvelta_load_config)
     # The PDB holds the symbols; the executable itself carries none.
     target_link_options(${target} PRIVATE -Wl,--guard-cf -Wl,--no-guard-longjmp
-      -Wl,--pdb,$<TARGET_FILE_DIR:${target}>/${target}.pdb -Wl,-s)
+      -Wl,--pdb,$<TARGET_FILE_DIR:${target}>/${target}.pdb
+      # Its name alone goes into the executable, not the builder's folder.
+      -Wl,-Xlink=-pdbaltpath:%_PDB% -Wl,-s)
   else()
     find_program(NUVELTA_OBJCOPY ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-objcopy REQUIRED)
     find_program(NUVELTA_STRIP ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-strip REQUIRED)
