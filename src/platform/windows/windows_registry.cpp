@@ -29,7 +29,7 @@ class Win32Registry final : public platform::Registry {
 
   uint32_t RegQueryValueExW(KeyHandle key, std::u16string_view value, uint32_t& type,
                             std::byte* data, uint32_t& size) override {
-    DWORD value_type = 0;
+    DWORD value_type = type;
     DWORD bytes = size;
     const LSTATUS status =
         ::RegQueryValueExW(ToNative<HKEY>(key), Terminated(value).c_str(), nullptr, &value_type,
