@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/virtual/event_data.h"
 #include "platform/virtual/machine_parts.h"
 #include "platform/virtual/unicode.h"
 #include "platform/virtual/virtual_machine.h"
@@ -12,14 +13,6 @@ namespace {
 
 constexpr std::chrono::seconds kStopPatience{60};
 constexpr uint32_t kWtsSessionLogon = 5;  // WTS_SESSION_LOGON
-
-std::string ModemInterface(const ModemDescription& modem) {
-  std::string path = modem.instance_id;
-  for (char& letter : path) {
-    if (letter == '\\') letter = '#';
-  }
-  return "\\\\?\\" + path + "#{cac88484-7515-4c03-82e6-71a87abac361}";
-}
 
 }  // namespace
 

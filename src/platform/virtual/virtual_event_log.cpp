@@ -2,52 +2,14 @@
 
 #include <cstring>
 
-#include "platform/virtual/unicode.h"
+#include "platform/virtual/event_data.h"
 
 namespace nuvelta::virtual_notebook {
-
-namespace {
-
-constexpr uint32_t kHeaderSize = 56;  // sizeof(EVENTLOGRECORD)
-
-void Put(std::vector<uint8_t>& bytes, size_t offset, uint32_t value, int width) {
-  for (int i = 0; i < width; ++i) {
-    bytes[offset + static_cast<size_t>(i)] = static_cast<uint8_t>(value >> (8 * i));
-  }
-}
-
-// EVENTLOGRECORD, source name, computer name, padding, and the length again.
-std::vector<uint8_t> BuildRecord(const EventRecord& record, uint32_t number, uint32_t seconds) {
-  std::vector<uint8_t> bytes(kHeaderSize);
-  for (const std::string& text : {record.source, std::string("NOTEBOOK")}) {
-    const std::vector<uint8_t> wide = Utf16Bytes(text, 1);
-    bytes.insert(bytes.end(), wide.begin(), wide.end());
-  }
-  const auto texts_end = static_cast<uint32_t>(bytes.size());
-  bytes.resize((bytes.size() + 3) / 4 * 4 + 4);
-  const auto length = static_cast<uint32_t>(bytes.size());
-  Put(bytes, 0, length, 4);
-  Put(bytes, 4, 0x654C664C, 4);  // "LfLe"
-  Put(bytes, 8, number, 4);
-  Put(bytes, 12, seconds, 4);  // TimeGenerated
-  Put(bytes, 16, seconds, 4);  // TimeWritten
-  Put(bytes, 20, record.event_id, 4);
-  Put(bytes, 24, record.type, 2);
-  Put(bytes, 28, record.category, 2);
-  Put(bytes, 36, texts_end, 4);  // StringOffset
-  Put(bytes, 44, texts_end, 4);  // UserSidOffset
-  Put(bytes, 52, texts_end, 4);  // DataOffset
-  Put(bytes, length - 4, length, 4);
-  return bytes;
-}
-
-}  // namespace
 
 void VirtualEventLog::Write(const EventRecord& record, int64_t seconds) {
   const std::lock_guard lock(m_mutex);
   const auto number = static_cast<uint32_t>(m_records.size() + 1);
-  m_records.push_back(record.raw ? *record.raw
-                                 : BuildRecord(record, number, static_cast<uint32_t>(seconds)));
+  m_records.push_back(EventRecordBytes(record, number, static_cast<uint32_t>(seconds)));
 }
 
 platform::EventLogHandle VirtualEventLog::OpenEventLogW(std::u16string_view /*log*/) {

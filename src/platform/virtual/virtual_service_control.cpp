@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/virtual/code_page.h"
+#include "platform/virtual/event_data.h"
 #include "platform/virtual/unicode.h"
 
 namespace nuvelta::virtual_notebook {
@@ -34,17 +34,6 @@ struct VirtualServiceControl::PowerQueue final : Waitable {
   bool Ready(uint32_t /*id*/) const override { return !types.empty(); }
   std::string Describe() const override { return "the next power event"; }
 };
-
-namespace {
-
-template <class Struct>
-std::vector<uint8_t> BytesOf(const Struct& value, size_t size) {
-  std::vector<uint8_t> bytes(size);
-  std::memcpy(bytes.data(), &value, size);
-  return bytes;
-}
-
-}  // namespace
 
 VirtualServiceControl::VirtualServiceControl(Context& context, const std::string& service_key,
                                              std::function<void(std::string)> launch)
@@ -288,17 +277,9 @@ void VirtualServiceControl::SendDeviceEvent(uint32_t event_type,
     const std::lock_guard lock(m_mutex);
     if (!m_wants_devices) return;
   }
-  constexpr size_t kNameOffset = 28;
-  const std::vector<uint8_t> name = Utf16Bytes(interface_name, 1);
-  platform::DeviceInterfaceBroadcast header;
-  header.dbcc_size = static_cast<uint32_t>(kNameOffset + name.size());
-  header.dbcc_devicetype = platform::kDbtDevTypDeviceInterface;
-  header.dbcc_classguid = platform::kGuidDevInterfaceNet;
-  std::vector<uint8_t> data = BytesOf(header, kNameOffset);
-  data.insert(data.end(), name.begin(), name.end());
   Enqueue({.control = platform::kServiceControlDeviceEvent,
            .event_type = event_type,
-           .data = std::move(data)});
+           .data = DeviceEventData(interface_name)});
 }
 
 void VirtualServiceControl::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
@@ -307,13 +288,9 @@ void VirtualServiceControl::SendPowerSetting(const platform::Guid& setting, uint
     const std::lock_guard lock(m_mutex);
     if (!m_wants_power_settings) return;
   }
-  platform::PowerBroadcastSetting event;
-  event.PowerSetting = setting;
-  event.DataLength = sizeof data;
-  std::memcpy(event.Data.data(), &data, sizeof data);
   Enqueue({.control = platform::kServiceControlPowerEvent,
            .event_type = kPbtPowerSettingChange,
-           .data = BytesOf(event, sizeof event)});
+           .data = PowerSettingData(setting, data)});
 }
 
 void VirtualServiceControl::SendPowerEvent(uint32_t type) {
