@@ -4,17 +4,15 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <vector>
 
 #include "auth/systeminfo.h"
 #include "bench_support.h"
 #include "counted_new.h"
-#include "platform/firmware.h"
+#include "plain_firmware.h"
 #include "platform/memory.h"
 #include "platform/platform.h"
-#include "platform/virtual/smbios_builder.h"
 
 namespace nuvelta::bench {
 namespace {
@@ -26,32 +24,6 @@ class CountedHeap final : public platform::Memory {
   void* LocalAlloc(size_t /*bytes*/) override { return nullptr; }
   void LocalFree(void* /*block*/) noexcept override {}
 };
-
-class PlainFirmware final : public platform::Firmware {
- public:
-  explicit PlainFirmware(std::vector<uint8_t> table) : m_table(std::move(table)) {}
-  uint32_t GetSystemFirmwareTable(uint32_t /*provider*/, uint32_t /*id*/, std::byte* buffer,
-                                  uint32_t size) override {
-    if (size >= m_table.size()) std::memcpy(buffer, m_table.data(), m_table.size());
-    return static_cast<uint32_t>(m_table.size());
-  }
-
- private:
-  const std::vector<uint8_t> m_table;
-};
-
-// A table of 4 KiB: what a notebook has, then memory structures up to the size.
-std::vector<uint8_t> FourKilobytes() {
-  constexpr size_t kSize = 4096;
-  std::vector<uint8_t> table = virtual_notebook::BuildSmbiosTable({});
-  constexpr uint8_t kMemoryDevice[] = {17, 8, 0, 1, 0, 0, 0, 0, 'D', 'I', 'M', 'M', 0, 0};
-  while (table.size() + sizeof kMemoryDevice <= kSize) {
-    table.insert(table.end(), std::begin(kMemoryDevice), std::end(kMemoryDevice));
-  }
-  const size_t length = table.size() - 8;
-  for (size_t i = 0; i < 4; ++i) table[4 + i] = static_cast<uint8_t>(length >> (8 * i));
-  return table;
-}
 
 // Texts that do not fit into the string object itself need one block each.
 void AddText(const std::string& text, size_t& blocks, size_t& bytes) {

@@ -19,9 +19,6 @@ using virtual_notebook::ReadScenarioFile;
 using virtual_notebook::Scenario;
 using virtual_notebook::ScenarioError;
 
-namespace {
-
-// All scenarios, or none when one of them is bad; says which.
 std::optional<std::vector<Scenario>> ReadAll(const std::vector<std::string>& files) {
   std::vector<Scenario> scenarios;
   bool good = true;
@@ -35,6 +32,22 @@ std::optional<std::vector<Scenario>> ReadAll(const std::vector<std::string>& fil
   }
   return good ? std::optional(std::move(scenarios)) : std::nullopt;
 }
+
+int ShowSummary(const Summary& summary, size_t number, size_t count, bool json) {
+  if (json) {
+    std::printf("%s", SummaryJson(summary).c_str());
+  } else if (count > 1) {
+    std::printf("[%zu/%zu] %s\n", number, count, SummaryLine(summary).c_str());
+  } else {
+    std::printf("\n%s", SummaryTable(summary).c_str());
+  }
+  std::fflush(stdout);
+  if (summary.report.Behaved()) return kRanToItsEnd;
+  if (count > 1) std::fprintf(stderr, "%s", SummaryTable(summary).c_str());
+  return kMisbehaved;
+}
+
+namespace {
 
 Summary PlayOne(const std::string& file, const Scenario& scenario, const RunOptions& options,
                 const fs::path& root, bool show_log) {
@@ -68,17 +81,7 @@ int PlayAll(const RunOptions& options, const std::vector<Scenario>& scenarios,
   for (size_t i = 0; i < scenarios.size(); ++i) {
     const Summary summary =
         PlayOne(options.files[i], scenarios[i], options, root, !several && !options.json);
-    if (options.json) {
-      std::printf("%s", SummaryJson(summary).c_str());
-    } else if (several) {
-      std::printf("[%zu/%zu] %s\n", i + 1, scenarios.size(), SummaryLine(summary).c_str());
-    } else {
-      std::printf("\n%s", SummaryTable(summary).c_str());
-    }
-    std::fflush(stdout);
-    if (summary.report.Behaved()) continue;
-    result = kMisbehaved;
-    if (several) std::fprintf(stderr, "%s", SummaryTable(summary).c_str());
+    result = std::max(result, ShowSummary(summary, i + 1, scenarios.size(), options.json));
   }
   return result;
 }

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "apps/virtual_notebook/summary.h"
+#include "platform/virtual/scenario/scenario.h"
+
 namespace nuvelta::story {
 
 // Exit codes of the program.
@@ -20,6 +23,13 @@ struct RunOptions {
   bool json = false;
   bool free_running = false;
 };
+
+// All scenarios, or none when one of them is bad; says which.
+std::optional<std::vector<virtual_notebook::Scenario>> ReadAll(
+    const std::vector<std::string>& files);
+// Prints what became of story `number` of `count`: the table of a single story, a
+// line of one among several, or JSON. Answers the exit code that it deserves.
+int ShowSummary(const Summary& summary, size_t number, size_t count, bool json);
 
 // Plays scenarios; nothing runs when one of them cannot be read.
 int Run(const RunOptions& options);

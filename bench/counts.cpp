@@ -1,0 +1,121 @@
+// nuvelta_counts CASE N [SIZE]: does one thing N times, each inside the function
+// Measured, so that a tool that counts instructions can count those alone. What is
+// counted is the calling thread's work; `figures` reads the counts.
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <new>
+#include <string>
+
+#include "apps/story/story.h"
+#include "auth/systeminfo.h"
+#include "bench_support.h"
+#include "common/ctask.h"
+#include "common/func_trace.h"
+#include "common/logger.h"
+#include "plain_firmware.h"
+#include "platform/platform.h"
+#include "tasks/task_manager.h"
+
+namespace nuvelta::bench {
+
+// A name of its own in every build, and never inlined.
+[[gnu::noinline]] void Measured(const std::function<void()>& operation) {
+  operation();
+  asm volatile("" ::: "memory");
+}
+
+namespace {
+
+// A task that only waits in the queue.
+class QueuedTask final : public CTask {
+ public:
+  explicit QueuedTask(int32_t type) : m_type(type) { iRetryTimes = 30; }
+  bool doJob(bool* /*pbRetry*/) override { return true; }
+  const char* getTaskName() override { return "QueuedTask"; }
+  int32_t getTaskTypeId() override { return m_type; }
+
+ private:
+  int32_t m_type;
+};
+
+CTask* NewTask(int32_t type) { return new (std::nothrow) QueuedTask(type); }
+
+void Repeat(long times, const std::function<void()>& operation) {
+  for (long i = 0; i < times; ++i) Measured(operation);
+}
+
+void WithLogger(const std::function<void()>& body) {
+  RunInProcess([&] {
+    CLogger::GetInstance().InitLogger();
+    body();
+  });
+}
+
+void WriteLog(long times, long /*size*/) {
+  WithLogger([&] {
+    int number = 0;
+    Repeat(times, [&] { LogInfo("CTaskManager::addTask", "list size = %d", ++number); });
+  });
+}
+
+void TracePair(long times, long /*size*/) {
+  WithLogger([&] { Repeat(times, [] { const CFuncTrace trace("CTaskManager::addTask"); }); });
+}
+
+// A task that a queue of `size` others of its priority holds at its end already.
+void MergeTask(long times, long size) {
+  WithLogger([&] {
+    CTaskManager* manager = CTaskManager::GetTaskManagerInstance();
+    for (long i = 1; i <= size; ++i) manager->addTask(NewTask(static_cast<int32_t>(i)));
+    Repeat(times, [&] { manager->addTask(NewTask(static_cast<int32_t>(size))); });
+  });
+}
+
+void ReadSmbios(long times, long /*size*/) {
+  WithLogger([&] {
+    PlainFirmware firmware(FourKilobytes());
+    platform::Platform& os = platform::Os();
+    platform::Platform plain{
+        os.clock,           os.devices,  os.environment,        os.event_log, os.files,
+        firmware,           os.memory,   os.mobile_broadband,   os.network,   os.registry,
+        os.service_control, os.sessions, os.system_information, os.text,      os.threads};
+    platform::Install(&plain);
+    Repeat(times, [] { const Systeminfo info; });
+    platform::Install(&os);
+  });
+}
+
+// Whole stories; the job in them is the service's own function.
+void HealthyJob(long times, long /*size*/) {
+  const TemporaryFolder disk;
+  const auto scenario = ShippedScenario("healthy_arrival");
+  for (long i = 0; i < times; ++i) story::Play(scenario, {.disk = disk.Path()});
+}
+
+// The table as a tool on a dump expects it, on standard output.
+void DumpSmbios(long /*times*/, long /*size*/) {
+  const std::vector<uint8_t> dump = SmbiosDump(FourKilobytes());
+  std::fwrite(dump.data(), 1, dump.size(), stdout);
+}
+
+}  // namespace
+}  // namespace nuvelta::bench
+
+int main(int argc, char** argv) {
+  using namespace nuvelta::bench;
+  const std::map<std::string, void (*)(long, long)> cases{
+      {"write_log", WriteLog},     {"trace_pair", TracePair},   {"merge", MergeTask},
+      {"read_smbios", ReadSmbios}, {"healthy_job", HealthyJob}, {"dump_smbios", DumpSmbios}};
+  const auto found = argc >= 3 ? cases.find(argv[1]) : cases.end();
+  if (found == cases.end()) {
+    std::fprintf(stderr, "usage: nuvelta_counts CASE N [SIZE], CASE one of:");
+    for (const auto& [name, function] : cases) std::fprintf(stderr, " %s", name.c_str());
+    std::fprintf(stderr, "\n");
+    return 2;
+  }
+  found->second(std::strtol(argv[2], nullptr, 10),
+                argc > 3 ? std::strtol(argv[3], nullptr, 10) : 0);
+  return 0;
+}

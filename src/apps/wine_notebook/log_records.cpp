@@ -1,0 +1,131 @@
+#include "apps/wine_notebook/log_records.h"
+
+#include <map>
+#include <regex>
+
+#include "apps/story/text_shape.h"
+
+namespace nuvelta::wine_notebook {
+
+namespace {
+
+// "2026-11-16 00:58:46.000 00001004 " and the tag letter.
+constexpr std::string_view kHead = "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ";
+constexpr size_t kThreadBegin = 24;
+constexpr size_t kThreadLength = 8;
+// The first records of the main thread and of the one that deletes old log files.
+constexpr std::string_view kMainBegins = "NService start ====";
+constexpr std::string_view kRetentionBegins = "+ DeleteFileWhileExceedMaxSizeAndTime";
+
+struct Replacement {
+  std::regex what;
+  const char* by;
+};
+
+// What differs between two machines or two moments although the service does the
+// same. Anything else that differs is a difference.
+const std::vector<Replacement>& Replacements() {
+  static const std::vector<Replacement> kReplacements = [] {
+    std::vector<Replacement> replacements;
+    const auto add = [&](const char* what, const char* by) {
+      replacements.push_back({std::regex(what, std::regex::optimize), by});
+    };
+    add(R"(build at .*)", "build at <time>");
+    add(R"(boot time \(ms\) == [0-9A-F]+)", "boot time (ms) == <time>");
+    add(R"(Date: \d\d-\d\d-\d{4}\nTime: \d\d:\d\d:\d\d)", "Date: <time>");
+    add(R"(verion: [0-9.]+)", "verion: <version>");
+    // The variable "programdata", and log files' names.
+    add(R"([A-Z]:\\[^:]*\\Nuvelta Wireless Inc\\MAService)", "<programdata>");
+    add(R"(_\d{4}-\d\d-\d\d_\d\d\.\d\d\.\d\d)", "_<time>");
+    // Moments, as text and in seconds since 1970.
+    add(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)", "<time>");
+    add(R"(\b\d{10}\b)", "<seconds>");
+    // Sizes and ages of files: the current file grows while the folder is searched.
+    add(R"(diff\[-?[0-9.]+ s\])", "diff[<age>]");
+    add(R"((\d+\.\d)\d* (MB|day))", "$1 $2");
+    add(R"(Cast Time [0-9.]+s)", "Cast Time <duration>");
+    add(R"(device_service_session:0x[0-9a-f]+)", "device_service_session:<handle>");
+    add(R"(/pid -?\d+)", "/pid <process>");
+    return replacements;
+  }();
+  return kReplacements;
+}
+
+std::string Comparable(std::string text) {
+  std::erase(text, '\r');
+  for (const auto& [what, by] : Replacements()) text = std::regex_replace(text, what, by);
+  return text;
+}
+
+// Where the record that begins at `begin` ends: a message may hold line ends.
+size_t EndOfRecord(std::string_view log, size_t begin) {
+  size_t end = log.find('\n', begin);
+  while (end != std::string_view::npos && end + 1 < log.size() &&
+         !story::BeginsWithShape(log.substr(end + 1), kHead)) {
+    end = log.find('\n', end + 1);
+  }
+  return end == std::string_view::npos ? log.size() : end + 1;
+}
+
+struct RawRecord {
+  std::string thread;
+  std::string text;
+};
+
+std::vector<RawRecord> Split(std::string_view log) {
+  std::vector<RawRecord> records;
+  for (size_t begin = 0; begin < log.size();) {
+    const size_t end = EndOfRecord(log, begin);
+    const std::string record(log.substr(begin, end - begin));
+    const bool whole = story::BeginsWithShape(record, kHead);
+    records.push_back({whole ? record.substr(kThreadBegin, kThreadLength) : "",
+                       Comparable(whole ? record.substr(kHead.size()) : record)});
+    begin = end;
+  }
+  return records;
+}
+
+// Where the process begins whose main thread's first record is at `first`: the
+// thread that looks after old log files may have written before it.
+size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
+  for (size_t i = first; i > 0; --i) {
+    if (records[i - 1].thread != records[first - 1].thread) break;
+    if (records[i - 1].text.find(kRetentionBegins) != std::string::npos) return i - 1;
+  }
+  return first;
+}
+
+// Where each process's records begin.
+std::vector<size_t> Begins(const std::vector<RawRecord>& records) {
+  std::vector<size_t> begins;
+  for (size_t i = 0; i < records.size(); ++i) {
+    if (records[i].text.find(kMainBegins) != std::string::npos) {
+      begins.push_back(BeginOfProcess(records, i));
+    }
+  }
+  // Nothing is left out, whatever there is.
+  if (!records.empty() && begins.empty()) begins.push_back(0);
+  if (!begins.empty()) begins.front() = 0;
+  begins.push_back(records.size());
+  return begins;
+}
+
+}  // namespace
+
+std::vector<ProcessLog> ComparableLog(std::string_view log) {
+  const std::vector<RawRecord> records = Split(log);
+  const std::vector<size_t> begins = Begins(records);
+  std::vector<ProcessLog> processes;
+  for (size_t i = 0; i + 1 < begins.size(); ++i) {
+    std::map<std::string, int> roles;
+    ProcessLog& process = processes.emplace_back();
+    for (size_t j = begins[i]; j < begins[i + 1]; ++j) {
+      const int next = static_cast<int>(roles.size()) + 1;
+      const int role = roles.try_emplace(records[j].thread, next).first->second;
+      process.push_back({role, records[j].text});
+    }
+  }
+  return processes;
+}
+
+}  // namespace nuvelta::wine_notebook

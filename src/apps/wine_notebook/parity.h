@@ -1,0 +1,17 @@
+// Plays stories both ways and compares what they leave behind.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/wine_notebook/wine_prefix.h"
+#include "platform/virtual/scenario/scenario.h"
+
+namespace nuvelta::wine_notebook {
+
+// Prints a line for each story, the differences, and a line of counts. Answers the
+// program's exit code. Throws Interrupted.
+int CompareAll(WinePrefix& prefix, const std::vector<std::string>& files,
+               const std::vector<virtual_notebook::Scenario>& scenarios);
+
+}  // namespace nuvelta::wine_notebook

@@ -1,0 +1,96 @@
+#include "apps/wine_notebook/playing.h"
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "apps/story/log_files.h"
+#include "apps/virtual_notebook/log_follower.h"
+#include "apps/wine_notebook/interruption.h"
+#include "apps/wine_notebook/journal_report.h"
+#include "wine/story/places.h"
+
+namespace nuvelta::wine_notebook {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using virtual_notebook::Scenario;
+
+namespace {
+
+constexpr auto kStoryPatience = 900s;
+constexpr std::string_view kLogsLine = "logs ";  // the driver's, see its main
+
+// Now, as the names of log files that begin now have it.
+std::string LogStampNow() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  std::array<char, 32> stamp{};
+  localtime_r(&now, &local);
+  std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", &local);
+  return stamp.data();
+}
+
+// Follows the driver to its end. Answers the log folder.
+fs::path Follow(ChildProcess& driver, const WinePrefix& prefix,
+                const std::function<void(const fs::path&)>& on_logs) {
+  fs::path log_folder;
+  std::string last_words;
+  const auto end = std::chrono::steady_clock::now() + kStoryPatience;
+  for (bool runs = true; runs;) {
+    runs = driver.Wait(20ms);
+    for (const std::string& line : driver.Lines()) {
+      if (!line.starts_with(kLogsLine)) {
+        last_words = line;
+      } else if (log_folder.empty()) {
+        log_folder = prefix.HostPath(line.substr(kLogsLine.size()));
+        on_logs(log_folder);
+      }
+    }
+    ThrowIfInterrupted();
+    if (std::chrono::steady_clock::now() > end) {
+      throw std::runtime_error("the story has not ended after 900 s of real time");
+    }
+  }
+  if (driver.ExitCode() != 0 || log_folder.empty()) {
+    throw std::runtime_error("the story could not be played: " +
+                             (last_words.empty()
+                                  ? "the driver ended with " + std::to_string(driver.ExitCode())
+                                  : last_words));
+  }
+  return log_folder;
+}
+
+}  // namespace
+
+WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                        const std::function<void(const std::string&)>& print) {
+  prefix.SetTimeZone(scenario.time_zone);
+  setenv("TZ", scenario.time_zone.c_str(), 1);
+  tzset();
+  const std::string begin = LogStampNow();
+  WineStory story;
+  auto driver = prefix.RunDriver({"play", "Z:" + fs::absolute(file).string()});
+  try {
+    std::optional<story::LogFollower> follower;
+    story.log_folder = Follow(*driver, prefix, [&](const fs::path& folder) {
+      if (print) follower.emplace(folder, begin, print);
+    });
+  } catch (...) {
+    driver.reset();
+    prefix.Repair();
+    throw;
+  }
+  story.journal = wine::ReadJournal(prefix.InstallFolder() / wine::kJournalFile);
+  story.report = ReportOf(scenario, story.journal);
+  for (const auto& log : story::LogFilesSince(story.log_folder, begin)) {
+    story.log += story::ReadFile(log);
+  }
+  return story;
+}
+
+}  // namespace nuvelta::wine_notebook

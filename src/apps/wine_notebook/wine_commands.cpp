@@ -1,0 +1,97 @@
+#include "apps/wine_notebook/wine_commands.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+#include "apps/virtual_notebook/commands.h"
+#include "apps/virtual_notebook/log_printer.h"
+#include "apps/wine_notebook/interruption.h"
+#include "apps/wine_notebook/parity.h"
+#include "apps/wine_notebook/playing.h"
+#include "apps/wine_notebook/unplayable.h"
+#include "apps/wine_notebook/wine_prefix.h"
+
+namespace nuvelta::wine_notebook {
+
+using story::kBadInput;
+using story::kRanToItsEnd;
+using virtual_notebook::Scenario;
+
+namespace {
+
+story::Summary PlayOne(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                       bool show_log) {
+  story::LogPrinter printer(stdout);
+  const auto print = [&](const std::string& text) { printer.Print(text); };
+  const auto begin = std::chrono::steady_clock::now();
+  const WineStory played = PlayUnderWine(
+      prefix, file, scenario, show_log ? std::function<void(const std::string&)>(print) : nullptr);
+  story::Summary summary{.file = file,
+                         .title = scenario.title,
+                         .report = played.report,
+                         .counts = {},
+                         .real_time = std::chrono::steady_clock::now() - begin,
+                         .log_folder = played.log_folder.string()};
+  if (!played.log.empty()) summary.counts = story::CountLog(played.log);
+  return summary;
+}
+
+}  // namespace
+
+int Run(const Places& places, const std::vector<std::string>& files, bool json) {
+  const auto scenarios = story::ReadAll(files);
+  if (!scenarios) return kBadInput;
+  for (size_t i = 0; i < files.size(); ++i) {
+    if (const auto why = WhyNotUnderWine((*scenarios)[i])) {
+      std::fprintf(stderr, "%s: cannot be played under Wine, only by virtual_notebook: %s\n",
+                   files[i].c_str(), why->c_str());
+      return kBadInput;
+    }
+  }
+  WinePrefix prefix(places.prefix);
+  prefix.Install(places.binaries);
+  int result = kRanToItsEnd;
+  for (size_t i = 0; i < files.size(); ++i) {
+    story::Summary summary = PlayOne(prefix, files[i], (*scenarios)[i], files.size() == 1 && !json);
+    // The next story takes the log files' place.
+    if (i + 1 < files.size()) summary.log_folder.clear();
+    result = std::max(result, story::ShowSummary(summary, i + 1, files.size(), json));
+  }
+  return result;
+}
+
+int Parity(const Places& places, const std::vector<std::string>& files) {
+  const auto scenarios = story::ReadAll(files);
+  if (!scenarios) return kBadInput;
+  WinePrefix prefix(places.prefix);
+  prefix.Install(places.binaries);
+  return CompareAll(prefix, files, *scenarios);
+}
+
+int Drive(const Places& places, const std::vector<std::string>& arguments) {
+  const WinePrefix prefix(places.prefix);
+  prefix.Install(places.binaries);
+  auto driver = prefix.RunDriver(arguments);
+  try {
+    for (bool runs = true; runs;) {
+      runs = driver->Wait(std::chrono::milliseconds(50));
+      for (const std::string& line : driver->Lines()) std::printf("%s\n", line.c_str());
+      std::fflush(stdout);
+      ThrowIfInterrupted();
+    }
+  } catch (...) {
+    driver.reset();
+    prefix.Repair();
+    throw;
+  }
+  return driver->ExitCode();
+}
+
+int Clean(const Places& places) {
+  const WinePrefix prefix(places.prefix);
+  prefix.Repair();
+  return kRanToItsEnd;
+}
+
+}  // namespace nuvelta::wine_notebook

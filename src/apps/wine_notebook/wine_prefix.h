@@ -1,0 +1,57 @@
+// The Wine prefix in which stories are played, and the programs that run in it.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/wine_notebook/child_process.h"
+
+namespace nuvelta::wine_notebook {
+
+class WinePrefix {
+ public:
+  // Holds the prefix at `folder` for itself, so that no other program plays in it
+  // at the same time, and ends what an earlier one has left running; makes it when
+  // it is not there, which takes some seconds. Throws std::runtime_error in one line.
+  explicit WinePrefix(const std::filesystem::path& folder);
+  // Ends all that runs in it.
+  ~WinePrefix();
+  WinePrefix(const WinePrefix&) = delete;
+  WinePrefix& operator=(const WinePrefix&) = delete;
+
+  // Copies the service, its virtual hardware and the driver from `binaries`.
+  // Throws std::runtime_error naming the one that is missing.
+  void Install(const std::filesystem::path& binaries) const;
+
+  // The folder that holds them.
+  std::filesystem::path InstallFolder() const;
+  // Where a path on drive C: lies.
+  std::filesystem::path HostPath(const std::string& windows_path) const;
+
+  // All programs in the prefix run in the time zone, a POSIX TZ text.
+  void SetTimeZone(const std::string& zone);
+
+  // Runs the driver with these arguments.
+  std::unique_ptr<ChildProcess> RunDriver(const std::vector<std::string>& arguments) const;
+
+  // Undoes what an interrupted story has left, if there is one.
+  void Repair() const;
+  // Ends all that runs in the prefix.
+  void End() const noexcept;
+
+ private:
+  void Make() const;
+  std::map<std::string, std::string> Environment() const;
+
+  const std::filesystem::path m_folder;
+  const std::string m_wine;
+  const std::string m_server;
+  int m_lock = -1;
+  std::string m_zone;
+};
+
+}  // namespace nuvelta::wine_notebook

@@ -1,0 +1,22 @@
+// How quickly and how surely a service starts and stops, with no story around it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace nuvelta::wine {
+
+// Starts and stops the installed service `count` times on a notebook without a
+// modem. Throws std::runtime_error. Answers one line of JSON: "cycles", "failed_starts",
+// "failed_stops", "leftover_processes" (after all), "start_ms" (from the request
+// to RUNNING: "median", "p95", "max").
+std::string MeasureCycles(int count);
+
+// Starts the service of `executable` `count` times, and kills it each time once it
+// runs. Answers one line of JSON: "starts", "failed_starts", "start_ms" as above.
+std::string MeasureStarts(const std::filesystem::path& executable, int count);
+
+// Removes what an interrupted measurement has left.
+void RemoveMeasured();
+
+}  // namespace nuvelta::wine

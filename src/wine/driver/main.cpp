@@ -1,0 +1,64 @@
+// service_driver: plays a story with the installed service, or measures it. Runs
+// under Wine, from the service's folder, for as long as the story lasts: Wine ends
+// its services with the last ordinary process.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <string>
+
+#include "platform/virtual/scenario/scenario_reader.h"
+#include "wine/driver/benchmark.h"
+#include "wine/driver/old_logs.h"
+#include "wine/driver/player.h"
+#include "wine/driver/prefix.h"
+
+namespace {
+
+using namespace nuvelta;
+namespace fs = std::filesystem;
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kMisused = 2;
+
+void Play(const fs::path& file) {
+  const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
+  const wine::StoryInPrefix story(scenario, fs::absolute(file));
+  // Tells the host that the prefix is ready, and where to look for the log.
+  std::printf("logs %s\n", wine::LogFolder().string().c_str());
+  std::fflush(stdout);
+  wine::Player(scenario, wine::InstallFolder()).Play();
+}
+
+int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullptr, 10)); }
+
+int Run(int argc, wchar_t** argv) {
+  const std::wstring command = argc > 1 ? argv[1] : L"";
+  if (command == L"play" && argc == 3) {
+    Play(argv[2]);
+  } else if (command == L"clean" && argc == 2) {
+    wine::RemoveStory("");
+    wine::RemoveMeasured();
+  } else if (command == L"cycles" && argc == 3 && Count(argv[2]) > 0) {
+    std::printf("%s\n", wine::MeasureCycles(Count(argv[2])).c_str());
+  } else if (command == L"start-times" && argc == 4 && Count(argv[3]) > 0) {
+    std::printf("%s\n", wine::MeasureStarts(fs::absolute(argv[2]), Count(argv[3])).c_str());
+  } else {
+    std::fprintf(stderr,
+                 "usage: service_driver play SCENARIO | clean | cycles N | start-times EXE N\n");
+    return kMisused;
+  }
+  return kDone;
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "service_driver: %s\n", error.what());
+    return kFailed;
+  }
+}

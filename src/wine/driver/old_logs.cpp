@@ -1,0 +1,93 @@
+#include "wine/driver/old_logs.h"
+
+#include "wine/driver/win32.h"
+
+#include <userenv.h>
+
+#include <array>
+#include <ctime>
+#include <cwchar>
+#include <stdexcept>
+#include <string>
+
+#include "common/log_folder.h"
+#include "wine/story/places.h"
+
+namespace nuvelta::wine {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const wchar_t* kRootVariable = L"programdata=";
+constexpr int64_t kUnitsPerSecond = 10000000;  // of a FILETIME
+constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
+
+std::string NameAt(time_t begun) {
+  std::array<char, 32> stamp{};
+  std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", std::localtime(&begun));
+  return std::string(kLogFilePrefix) + "HX2208GW_" + stamp.data() + kLogFileSuffix;
+}
+
+// Two logs of one age are begun a second apart.
+fs::path FreePath(const fs::path& folder, time_t begun) {
+  while (fs::exists(folder / NameAt(begun))) --begun;
+  return folder / NameAt(begun);
+}
+
+// A file of zeros that takes no room, last written at `seconds`.
+Handle PutFile(const fs::path& file, uint64_t size, int64_t seconds, bool in_use) {
+  Handle handle(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
+                            in_use ? FILE_SHARE_READ : 0, nullptr, CREATE_ALWAYS,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+  const auto units = static_cast<uint64_t>((seconds + kSecondsFrom1601To1970) * kUnitsPerSecond);
+  const FILETIME time{.dwLowDateTime = static_cast<DWORD>(units),
+                      .dwHighDateTime = static_cast<DWORD>(units >> 32U)};
+  LARGE_INTEGER end{};
+  end.QuadPart = static_cast<LONGLONG>(size);
+  if (handle.get() == INVALID_HANDLE_VALUE ||
+      SetFilePointerEx(handle.get(), end, nullptr, FILE_BEGIN) == FALSE ||
+      SetEndOfFile(handle.get()) == FALSE ||
+      SetFileTime(handle.get(), nullptr, nullptr, &time) == FALSE) {
+    throw std::runtime_error(file.string() + " cannot be made: error " +
+                             std::to_string(GetLastError()));
+  }
+  return handle;
+}
+
+}  // namespace
+
+// A service's variables are not this program's: the manager makes them afresh.
+fs::path LogFolder() {
+  void* block = nullptr;
+  if (CreateEnvironmentBlock(&block, nullptr, FALSE) == FALSE) {
+    throw std::runtime_error("the environment of services cannot be had: error " +
+                             std::to_string(GetLastError()));
+  }
+  fs::path folder;
+  for (auto* entry = static_cast<const wchar_t*>(block); *entry != L'\0';
+       entry += std::wcslen(entry) + 1) {
+    if (_wcsnicmp(entry, kRootVariable, std::wcslen(kRootVariable)) == 0) {
+      folder = fs::path(entry + std::wcslen(kRootVariable)) / kLogFolder;
+    }
+  }
+  DestroyEnvironmentBlock(block);
+  return folder;
+}
+
+std::vector<Handle> PutOldLogs(const std::vector<virtual_notebook::OldLog>& logs, int64_t now) {
+  const fs::path folder = LogFolder();
+  if (folder.empty()) throw std::runtime_error("services have no variable \"programdata\"");
+  fs::remove_all(folder);
+  fs::create_directories(folder);
+  std::vector<Handle> in_use;
+  for (const virtual_notebook::OldLog& log : logs) {
+    const int64_t seconds = now - std::chrono::duration_cast<std::chrono::seconds>(log.age).count();
+    const fs::path file = log.name.empty() ? FreePath(folder, seconds) : folder / Wide(log.name);
+    Handle handle = PutFile(file, log.size, seconds, log.in_use);
+    if (log.in_use) in_use.push_back(std::move(handle));
+  }
+  return in_use;
+}
+
+}  // namespace nuvelta::wine

@@ -1,0 +1,63 @@
+#include "wine/driver/service_entry.h"
+
+#include <stdexcept>
+
+namespace nuvelta::wine {
+
+namespace {
+
+constexpr DWORD kEndPatienceMs = 10000;
+
+SERVICE_STATUS_PROCESS StatusOf(SC_HANDLE service) {
+  SERVICE_STATUS_PROCESS status{};
+  DWORD needed = 0;
+  if (QueryServiceStatusEx(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                           sizeof status, &needed) == FALSE) {
+    return {};
+  }
+  return status;
+}
+
+}  // namespace
+
+ServiceEntry::ServiceEntry(const std::string& key, const std::filesystem::path& executable)
+    : m_manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)) {
+  const std::wstring name = Wide(key);
+  const std::wstring path = L"\"" + executable.wstring() + L"\"";
+  m_service.reset(CreateServiceW(m_manager.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS,
+                                 SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START,
+                                 SERVICE_ERROR_NORMAL, path.c_str(), nullptr, nullptr, nullptr,
+                                 nullptr, nullptr));
+  if (m_service == nullptr) {
+    throw std::runtime_error("the service cannot be created: error " +
+                             std::to_string(GetLastError()));
+  }
+}
+
+DWORD ServiceEntry::Start() const {
+  return StartServiceW(m_service.get(), 0, nullptr) != FALSE ? ERROR_SUCCESS : GetLastError();
+}
+
+DWORD ServiceEntry::Stop() const {
+  SERVICE_STATUS status{};
+  return ControlService(m_service.get(), SERVICE_CONTROL_STOP, &status) != FALSE ? ERROR_SUCCESS
+                                                                                 : GetLastError();
+}
+
+SERVICE_STATUS_PROCESS ServiceEntry::Status() const { return StatusOf(m_service.get()); }
+
+void ServiceEntry::Remove(const std::string& key) {
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
+  if (manager == nullptr) return;
+  const ServiceHandle service(OpenServiceW(manager.get(), Wide(key).c_str(), SERVICE_ALL_ACCESS));
+  if (service == nullptr) return;
+  const DWORD id = StatusOf(service.get()).dwProcessId;
+  const Handle process(id != 0 ? OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id) : nullptr);
+  if (process != nullptr) {
+    TerminateProcess(process.get(), 1);
+    WaitForSingleObject(process.get(), kEndPatienceMs);
+  }
+  DeleteService(service.get());
+}
+
+}  // namespace nuvelta::wine

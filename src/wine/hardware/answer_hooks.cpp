@@ -1,0 +1,156 @@
+// What Wine has no hardware, or no history, to answer: the firmware table, the
+// Application event log, the sessions.
+#include <windows.h>
+
+#include <wtsapi32.h>
+
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/virtual/event_data.h"
+#include "platform/virtual/smbios_builder.h"
+#include "platform/virtual/unicode.h"
+#include "wine/hardware/hooks.h"
+#include "wine/hardware/import_table.h"
+#include "wine/hardware/machine.h"
+
+namespace nuvelta::wine {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+UINT WINAPI FirmwareTable(DWORD /*provider*/, DWORD /*table*/, void* buffer, DWORD size) {
+  Machine& machine = *Machine::Current();
+  if (machine.Fails("GetSystemFirmwareTable")) return 0;
+  const virtual_notebook::Notebook& notebook = machine.Notebook();
+  if (!notebook.has_firmware_table) {
+    SetLastError(ERROR_INVALID_FUNCTION);
+    return 0;
+  }
+  const std::vector<uint8_t> table = notebook.raw_firmware
+                                         ? *notebook.raw_firmware
+                                         : virtual_notebook::BuildSmbiosTable(notebook.firmware);
+  if (size < table.size()) {
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+  } else if (!table.empty()) {
+    std::memcpy(buffer, table.data(), table.size());
+  }
+  return static_cast<UINT>(table.size());
+}
+
+// The log as it was when it was opened, newest record last; how many are unread.
+struct Snapshot {
+  std::vector<std::vector<uint8_t>> records;
+  size_t unread = 0;
+};
+
+class OpenLogs {
+ public:
+  HANDLE Open(const std::vector<WrittenRecord>& written) {
+    Snapshot log;
+    for (const WrittenRecord& record : written) {
+      log.records.push_back(virtual_notebook::EventRecordBytes(
+          record.record, static_cast<uint32_t>(log.records.size() + 1),
+          static_cast<uint32_t>(record.written)));
+    }
+    log.unread = log.records.size();
+    const std::lock_guard lock(m_mutex);
+    m_logs.emplace(m_next, std::move(log));
+    return reinterpret_cast<HANDLE>(m_next++);
+  }
+
+  bool Close(HANDLE handle) {
+    const std::lock_guard lock(m_mutex);
+    return m_logs.erase(reinterpret_cast<uintptr_t>(handle)) != 0;
+  }
+
+  // Whole records, newest first, as many as fit; answers an error code.
+  DWORD Read(HANDLE handle, std::byte* buffer, DWORD size, DWORD& read, DWORD& needed) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_logs.find(reinterpret_cast<uintptr_t>(handle));
+    if (found == m_logs.end()) return ERROR_INVALID_HANDLE;
+    Snapshot& log = found->second;
+    while (log.unread > 0) {
+      const std::vector<uint8_t>& record = log.records[log.unread - 1];
+      if (read + record.size() > size) {
+        if (read == 0) needed = static_cast<DWORD>(record.size());
+        break;
+      }
+      if (!record.empty()) std::memcpy(buffer + read, record.data(), record.size());
+      read += static_cast<DWORD>(record.size());
+      --log.unread;
+    }
+    if (read != 0) return ERROR_SUCCESS;
+    return needed != 0 ? ERROR_INSUFFICIENT_BUFFER : ERROR_HANDLE_EOF;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::map<uintptr_t, Snapshot> m_logs;
+  uintptr_t m_next = 0x4000;
+};
+
+OpenLogs& Logs() {
+  static auto* const logs = new OpenLogs;
+  return *logs;
+}
+
+HANDLE WINAPI OpenLog(LPCWSTR /*server*/, LPCWSTR /*log*/) {
+  Machine& machine = *Machine::Current();
+  machine.Spend(5ms);
+  if (machine.Fails("OpenEventLogW")) return nullptr;
+  return Logs().Open(machine.Records());
+}
+
+BOOL WINAPI ReadLog(HANDLE log, DWORD /*flags*/, DWORD /*offset*/, void* buffer, DWORD size,
+                    DWORD* read, DWORD* needed) {
+  *read = 0;
+  *needed = 0;
+  if (Machine::Current()->Fails("ReadEventLogW")) return FALSE;
+  const DWORD error = Logs().Read(log, static_cast<std::byte*>(buffer), size, *read, *needed);
+  if (error != ERROR_SUCCESS) SetLastError(error);
+  return error == ERROR_SUCCESS ? TRUE : FALSE;
+}
+
+BOOL WINAPI CloseLog(HANDLE log) { return Logs().Close(log) ? TRUE : FALSE; }
+
+// The service keeps the list for good, so it is never freed.
+BOOL WINAPI Sessions(HANDLE /*server*/, DWORD /*reserved*/, DWORD /*version*/,
+                     WTS_SESSION_INFOW** list, DWORD* count) {
+  Machine& machine = *Machine::Current();
+  machine.Spend(2ms);
+  if (machine.Fails("WTSEnumerateSessionsW")) return FALSE;
+  if (machine.CrashRequested()) {
+    // A name that nobody can read.
+    *list = new WTS_SESSION_INFOW{
+        .SessionId = 1, .pWinStationName = reinterpret_cast<LPWSTR>(16), .State = WTSActive};
+    *count = 1;
+    return TRUE;
+  }
+  const auto& sessions = machine.Notebook().sessions;
+  *list = new WTS_SESSION_INFOW[sessions.size() + 1]{};
+  *count = static_cast<DWORD>(sessions.size());
+  for (size_t i = 0; i < sessions.size(); ++i) {
+    const auto* name = new std::u16string(virtual_notebook::Utf16(sessions[i].name));
+    (*list)[i] = {.SessionId = sessions[i].id,
+                  .pWinStationName = reinterpret_cast<LPWSTR>(const_cast<char16_t*>(name->c_str())),
+                  .State = static_cast<WTS_CONNECTSTATE_CLASS>(sessions[i].state)};
+  }
+  return TRUE;
+}
+
+}  // namespace
+
+void InstallAnswerHooks() {
+  Replace("kernel32.dll", "GetSystemFirmwareTable", FirmwareTable);
+  Replace("advapi32.dll", "OpenEventLogW", OpenLog);
+  Replace("advapi32.dll", "ReadEventLogW", ReadLog);
+  Replace("advapi32.dll", "CloseEventLog", CloseLog);
+  Replace("wtsapi32.dll", "WTSEnumerateSessionsW", Sessions);
+}
+
+}  // namespace nuvelta::wine

@@ -1,0 +1,150 @@
+#include "wine/hardware/control_queue.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "platform/service_control.h"
+#include "platform/virtual/event_data.h"
+#include "wine/hardware/director.h"
+
+namespace nuvelta::wine {
+
+// What the handler has answered to a control of the real manager.
+struct ControlQueue::Answer {
+  void Give(DWORD answer) {
+    const std::lock_guard lock(m_mutex);
+    m_value = answer;
+    m_given.notify_one();
+  }
+  DWORD Await() {
+    std::unique_lock lock(m_mutex);
+    m_given.wait(lock, [&] { return m_value.has_value(); });
+    return *m_value;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_given;
+  std::optional<DWORD> m_value;
+};
+
+ControlQueue& ControlQueue::Get() {
+  static auto* const queue = new ControlQueue;
+  return *queue;
+}
+
+void ControlQueue::SetHandler(LPHANDLER_FUNCTION_EX handler, void* context) {
+  Director::Get().Change([&] {
+    m_handler = handler;
+    m_context = context;
+  });
+}
+
+void ControlQueue::WantDevices() {
+  Director::Get().Change([&] { m_wants_devices = true; });
+}
+
+void ControlQueue::WantPowerSettings() {
+  Director::Get().Change([&] { m_wants_power_settings = true; });
+}
+
+void ControlQueue::SetStatus(const SERVICE_STATUS& status) {
+  Director::Get().Change([&] { m_status = status; });
+}
+
+void ControlQueue::Enqueue(Control control) {
+  Director::Get().Change([&] {
+    if (m_handler != nullptr) m_controls.push_back(std::move(control));
+  });
+}
+
+bool ControlQueue::Accepts(uint32_t control) {
+  bool accepts = false;
+  Director::Get().Change([&] {
+    if (control != SERVICE_CONTROL_STOP && control != SERVICE_CONTROL_SESSIONCHANGE) {
+      accepts = true;
+      return;
+    }
+    const bool stopping = m_status.dwCurrentState == SERVICE_STOP_PENDING ||
+                          m_status.dwCurrentState == SERVICE_STOPPED;
+    const DWORD wanted =
+        control == SERVICE_CONTROL_STOP ? SERVICE_ACCEPT_STOP : SERVICE_ACCEPT_SESSIONCHANGE;
+    accepts = !stopping && (m_status.dwControlsAccepted & wanted) != 0;
+  });
+  return accepts;
+}
+
+bool ControlQueue::SendControl(uint32_t control, uint32_t event_type) {
+  if (!Accepts(control)) return false;
+  Enqueue({.control = control, .event_type = event_type});
+  return true;
+}
+
+void ControlQueue::SendDeviceEvent(uint32_t event_type, const std::string& interface_name) {
+  bool wanted = false;
+  Director::Get().Change([&] { wanted = m_wants_devices; });
+  if (!wanted) return;
+  Enqueue({.control = SERVICE_CONTROL_DEVICEEVENT,
+           .event_type = event_type,
+           .own_data = virtual_notebook::DeviceEventData(interface_name)});
+}
+
+void ControlQueue::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
+  constexpr uint32_t kPowerSettingChange = 0x8013;  // PBT_POWERSETTINGCHANGE
+  bool wanted = false;
+  Director::Get().Change([&] { wanted = m_wants_power_settings; });
+  if (!wanted) return;
+  Enqueue({.control = SERVICE_CONTROL_POWEREVENT,
+           .event_type = kPowerSettingChange,
+           .own_data = virtual_notebook::PowerSettingData(setting, data)});
+}
+
+DWORD ControlQueue::Deliver(DWORD control, DWORD event_type, void* data) {
+  const auto answer = std::make_shared<Answer>();
+  Enqueue({.control = control, .event_type = event_type, .data = data, .answer = answer});
+  // The story has asked for it, and time had stood still until it came.
+  if (control == SERVICE_CONTROL_STOP) Director::Get().Thaw();
+  return answer->Await();
+}
+
+void ControlQueue::Handle(Control& control) {
+  void* data = control.data;
+  if (!control.own_data.empty()) data = control.own_data.data();
+  const DWORD answer = m_handler(control.control, control.event_type, data, m_context);
+  if (control.answer) control.answer->Give(answer);
+}
+
+BOOL ControlQueue::Serve() {
+  for (;;) {
+    std::optional<Control> control;
+    Director::Get().Await(
+        [&] {
+          if (!m_controls.empty()) {
+            control = std::move(m_controls.front());
+            m_controls.pop_front();
+          }
+          return control || (m_finished && !m_service_runs);
+        },
+        std::nullopt);
+    if (!control) break;
+    Handle(*control);
+  }
+  SetLastError(m_error);
+  return m_result;
+}
+
+void ControlQueue::Finish(BOOL result, DWORD error) {
+  Director::Get().Change([&] {
+    m_finished = true;
+    m_result = result;
+    m_error = error;
+  });
+}
+
+void ControlQueue::SetServiceRuns(bool runs) {
+  Director::Get().Change([&] { m_service_runs = runs; });
+}
+
+}  // namespace nuvelta::wine

@@ -1,0 +1,84 @@
+// Calls that are Wine's own, but can be refused by the story.
+#include <windows.h>
+
+#include <setupapi.h>
+#include <winver.h>
+
+#include "wine/hardware/hooks.h"
+#include "wine/hardware/import_table.h"
+#include "wine/hardware/machine.h"
+
+namespace nuvelta::wine {
+
+namespace {
+
+// How a call that is refused answers.
+template <class Result>
+Result Failure(DWORD code) {
+  SetLastError(code);
+  return Result{};
+}
+
+// Registry functions answer the code itself.
+template <>
+LSTATUS Failure<LSTATUS>(DWORD code) {
+  return static_cast<LSTATUS>(code);
+}
+
+// A function's stand-in: counts the call, and answers the failure that is due or
+// what the function itself does. One for each name.
+template <const char* kName, class Function, auto kFailure>
+struct StandIn;
+
+template <const char* kName, class Result, class... Arguments, Result (*kFailure)(DWORD)>
+struct StandIn<kName, Result WINAPI(Arguments...), kFailure> {
+  static inline Result(WINAPI* original)(Arguments...) = nullptr;
+
+  static Result WINAPI Call(Arguments... arguments) {
+    if (const auto fault = Machine::Current()->Count(kName)) return kFailure(fault->code);
+    return original(arguments...);
+  }
+};
+
+template <const char* kName, auto kFailure, class Result, class... Arguments>
+void Refusable(const char* library, Result(WINAPI* /*function*/)(Arguments...)) {
+  using Stand = StandIn<kName, Result WINAPI(Arguments...), kFailure>;
+  Stand::original = Replace(library, kName, Stand::Call);
+}
+
+#define NUVELTA_REFUSABLE(library, function, failure) \
+  do {                                                \
+    static constexpr char kName[] = #function;        \
+    Refusable<kName, failure>(library, &::function);  \
+  } while (false)
+
+void InstallRegistryFaults() {
+  NUVELTA_REFUSABLE("advapi32.dll", RegOpenKeyExW, Failure<LSTATUS>);
+  NUVELTA_REFUSABLE("advapi32.dll", RegOpenKeyExA, Failure<LSTATUS>);
+  NUVELTA_REFUSABLE("advapi32.dll", RegQueryValueExW, Failure<LSTATUS>);
+  NUVELTA_REFUSABLE("advapi32.dll", RegQueryValueExA, Failure<LSTATUS>);
+  NUVELTA_REFUSABLE("advapi32.dll", RegEnumKeyExA, Failure<LSTATUS>);
+}
+
+void InstallDeviceFaults() {
+  NUVELTA_REFUSABLE("setupapi.dll", SetupDiEnumDeviceInfo, Failure<BOOL>);
+  NUVELTA_REFUSABLE("setupapi.dll", SetupDiGetDeviceRegistryPropertyW, Failure<BOOL>);
+  NUVELTA_REFUSABLE("advapi32.dll", OpenSCManagerW, Failure<SC_HANDLE>);
+  NUVELTA_REFUSABLE("advapi32.dll", EnumServicesStatusExW, Failure<BOOL>);
+}
+
+void InstallFileFaults() {
+  NUVELTA_REFUSABLE("kernel32.dll", DeleteFileA, Failure<BOOL>);
+  NUVELTA_REFUSABLE("version.dll", GetFileVersionInfoSizeW, Failure<DWORD>);
+  NUVELTA_REFUSABLE("version.dll", GetFileVersionInfoW, Failure<BOOL>);
+}
+
+}  // namespace
+
+void InstallFaultHooks() {
+  InstallRegistryFaults();
+  InstallDeviceFaults();
+  InstallFileFaults();
+}
+
+}  // namespace nuvelta::wine

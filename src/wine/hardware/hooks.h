@@ -1,0 +1,15 @@
+// What the virtual hardware puts in the place of the system's functions in the
+// executable's import table. Each installs its own; to be called once, before the
+// executable's first instruction.
+#pragma once
+
+namespace nuvelta::wine {
+
+void InstallThreadHooks();
+void InstallClockHooks();
+void InstallServiceHooks();
+void InstallAnswerHooks();
+void InstallPrefixHooks();
+void InstallFaultHooks();
+
+}  // namespace nuvelta::wine

@@ -1,0 +1,29 @@
+# A library that only tests use, under the name of the system's.
+add_library(wine_hardware SHARED
+  adapters.cpp
+  answer_hooks.cpp
+  clock_hooks.cpp
+  control_queue.cpp
+  director.cpp
+  fault_hooks.cpp
+  import_table.cpp
+  library.cpp
+  machine.cpp
+  power_queue.cpp
+  prefix_hooks.cpp
+  service_hooks.cpp
+  stage.cpp
+  story_events.cpp
+  thread_hooks.cpp)
+set_target_properties(wine_hardware PROPERTIES OUTPUT_NAME iphlpapi PREFIX "")
+target_compile_definitions(wine_hardware PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
+target_link_libraries(wine_hardware PRIVATE nuvelta_wine_story advapi32)
+if(TARGET nuvelta_wine_fakes)
+  target_link_libraries(wine_hardware PRIVATE nuvelta_wine_fakes)
+endif()
+nuvelta_static(wine_hardware)
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+  # What guarded calls in the code that it shares with the service go through; the
+  # linker itself is not asked to guard, which makes lld 16 crash on a library.
+  target_link_libraries(wine_hardware PRIVATE nuvelta_load_config)
+endif()

@@ -1,0 +1,19 @@
+// The virtual hardware's entry: the system loads it with the executable, in the
+// place of the library of its name.
+#include <windows.h>
+
+#include "wine/hardware/hooks.h"
+#include "wine/hardware/machine.h"
+
+// Only the import table is changed here; the story is read when the first call
+// comes, for no file may be parsed and no thread be made under the loader's lock.
+BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, void* /*reserved*/) {
+  if (reason != DLL_PROCESS_ATTACH || !nuvelta::wine::Machine::HasStory()) return TRUE;
+  nuvelta::wine::InstallThreadHooks();
+  nuvelta::wine::InstallClockHooks();
+  nuvelta::wine::InstallServiceHooks();
+  nuvelta::wine::InstallAnswerHooks();
+  nuvelta::wine::InstallPrefixHooks();
+  nuvelta::wine::InstallFaultHooks();
+  return TRUE;
+}

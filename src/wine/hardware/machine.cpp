@@ -1,0 +1,214 @@
+#include "wine/hardware/machine.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <utility>
+
+#include "platform/virtual/scenario/scenario_reader.h"
+#include "wine/hardware/director.h"
+#include "wine/hardware/last_error.h"
+#include "wine/hardware/story_events.h"
+#include "wine/hardware/windows_time.h"
+#include "wine/story/places.h"
+
+namespace nuvelta::wine {
+
+namespace fs = std::filesystem;
+using virtual_notebook::Action;
+using virtual_notebook::EventRecord;
+using virtual_notebook::Fault;
+using virtual_notebook::ModemReply;
+
+namespace {
+
+fs::path ProgramFolder() {
+  std::array<wchar_t, MAX_PATH> path{};
+  GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+  return fs::path(path.data()).parent_path();
+}
+
+std::string StoryFile(const fs::path& folder) {
+  std::ifstream stream(folder / kStoryFile);
+  std::string line;
+  std::getline(stream, line);
+  return line;
+}
+
+// The driver writes the story's file last, which is when the story begins.
+Duration BeginOf(const fs::path& folder) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  GetFileAttributesExW((folder / kStoryFile).c_str(), GetFileExInfoStandard, &data);
+  return Since1970(data.ftLastWriteTime);
+}
+
+bool IsNamed(const std::vector<Fault>& faults, std::string_view call) {
+  for (const Fault& fault : faults) {
+    if (fault.call == call) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Machine::HasStory() {
+  std::error_code ignored;
+  return fs::exists(ProgramFolder() / kStoryFile, ignored);
+}
+
+Machine* Machine::Current() {
+  static Machine* const machine = []() -> Machine* {
+    if (!HasStory()) return nullptr;
+    try {
+      // Never destroyed: threads outlive main.
+      auto* const made = new Machine(ProgramFolder());
+      const std::vector<Entry> journal = ReadJournal(made->m_folder / kJournalFile);
+      made->Replay(journal);
+      BeginStory(*made, journal);
+      return made;
+    } catch (const std::exception& error) {
+      std::fprintf(stderr, "the story cannot be played: %s\n", error.what());
+      std::_Exit(3);
+    }
+  }();
+  return machine;
+}
+
+Machine::Machine(const fs::path& folder)
+    : m_folder(folder),
+      m_scenario(virtual_notebook::ReadScenarioFile(StoryFile(folder))),
+      m_begin(BeginOf(folder)),
+      m_modem(m_scenario.notebook.modem),
+      m_faults(m_scenario.faults),
+      m_accounts(m_scenario.notebook.accounts) {
+  for (const EventRecord& record : m_scenario.notebook.event_log) {
+    m_records.push_back({record, Seconds(record.at)});
+  }
+}
+
+// Brings the notebook to where the earlier processes have left it.
+void Machine::Replay(const std::vector<Entry>& journal) {
+  for (const Entry& entry : journal) {
+    m_process_began = std::max(m_process_began, entry.at);
+    if (const auto* played = std::get_if<EventPlayed>(&entry.what)) {
+      ReplayEvent(*played, entry.at);
+    } else if (const auto* made = std::get_if<CommandMade>(&entry.what)) {
+      const virtual_notebook::ModemCommand& command = made->command;
+      m_modem.Execute(command.set, command.command_id, command.payload, command.at);
+    } else if (const auto* call = std::get_if<CallMade>(&entry.what)) {
+      m_faults.Count(call->call);
+    }
+  }
+}
+
+void Machine::ReplayEvent(const EventPlayed& played, Duration at) {
+  const Action& action = m_scenario.events.at(played.index).action;
+  using Kind = Action::Kind;
+  switch (action.kind) {
+    case Kind::kModemArrives:
+      return m_modem.SetPresent(true);
+    case Kind::kModemLeaves:
+      return m_modem.SetPresent(false);
+    case Kind::kModemChanges:
+      return m_modem.Apply(action.modem);
+    case Kind::kAccountAdded:
+      ++m_accounts;
+      return;
+    case Kind::kAccountRemoved:
+      if (m_accounts > 0) --m_accounts;
+      return;
+    case Kind::kLogon:
+      m_records.push_back({{}, Seconds(at)});
+      return;
+    case Kind::kEventRecord:
+      m_records.push_back({action.record, Seconds(at)});
+      return;
+    default:
+      return;
+  }
+}
+
+int64_t Machine::Seconds(Duration at) const {
+  return std::chrono::floor<std::chrono::seconds>(m_begin + at).count();
+}
+
+Duration Machine::WallClock() const { return m_begin + Director::Get().Now(); }
+
+std::optional<Fault> Machine::Count(std::string_view call) {
+  // Only calls that some fault names matter to the processes after this one.
+  if (!IsNamed(m_scenario.faults, call)) return {};
+  const std::lock_guard lock(m_mutex);
+  Write(CallMade{std::string(call)});
+  auto fault = m_faults.Count(call);
+  if (fault) Write(FaultFired{m_faults.Fired().back()});
+  return fault;
+}
+
+bool Machine::Fails(std::string_view call) {
+  const std::optional<Fault> fault = Count(call);
+  if (!fault) return false;
+  SetLastError(fault->code);
+  return true;
+}
+
+void Machine::Spend(Duration time) {
+  if (Director::Get().TakesPart()) {
+    Director::Get().Await([] { return false; }, time);
+  }
+}
+
+ModemReply Machine::Execute(bool set, uint32_t command_id, std::vector<uint8_t> payload) {
+  const std::lock_guard lock(m_mutex);
+  ModemReply reply = m_modem.Execute(set, command_id, std::move(payload), WallClock());
+  Write(CommandMade{m_modem.Commands().back()});
+  return reply;
+}
+
+std::vector<WrittenRecord> Machine::Records() const {
+  const std::lock_guard lock(m_mutex);
+  return m_records;
+}
+
+void Machine::WriteRecord(const EventRecord& record) {
+  const int64_t now = Seconds(Director::Get().Now());
+  const std::lock_guard lock(m_mutex);
+  m_records.push_back({record, now});
+}
+
+uint32_t Machine::Accounts() const {
+  const std::lock_guard lock(m_mutex);
+  return m_accounts;
+}
+
+void Machine::ListenToAccounts(std::function<void(bool added)> listener) {
+  const std::lock_guard lock(m_mutex);
+  m_listeners.push_back(std::move(listener));
+}
+
+void Machine::ChangeAccounts(bool added) {
+  std::vector<std::function<void(bool)>> listeners;
+  {
+    const std::lock_guard lock(m_mutex);
+    if (!added && m_accounts == 0) return;
+    m_accounts = added ? m_accounts + 1 : m_accounts - 1;
+    listeners = m_listeners;
+  }
+  for (const auto& listener : listeners) {
+    Director::Get().Spawn([listener, added] { listener(added); });
+  }
+}
+
+bool Machine::CrashRequested() const {
+  std::error_code ignored;
+  return fs::exists(m_folder / kCrashRequestFile, ignored);
+}
+
+void Machine::Write(decltype(Entry::what) what) {
+  const KeepLastError keep;
+  Append(m_folder / kJournalFile, {.at = Director::Get().Now(), .what = std::move(what)});
+}
+
+}  // namespace nuvelta::wine

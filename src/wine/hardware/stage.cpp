@@ -1,0 +1,41 @@
+// The story as the fake mobile-broadband classes see it.
+#include <utility>
+
+#include "wine/hardware/director.h"
+#include "wine/hardware/machine.h"
+#include "wine/hardware/modem_stage.h"
+
+namespace nuvelta::wine {
+
+namespace {
+
+class MachineStage final : public ModemStage {
+ public:
+  std::optional<virtual_notebook::Fault> Count(std::string_view call) override {
+    return Machine::Current()->Count(call);
+  }
+  void Spend(Duration time) override { Machine::Current()->Spend(time); }
+  virtual_notebook::ModemDescription Modem() override {
+    return Machine::Current()->Modem().Description();
+  }
+  virtual_notebook::ModemReply Execute(bool set, uint32_t command_id,
+                                       std::vector<uint8_t> payload) override {
+    return Machine::Current()->Execute(set, command_id, std::move(payload));
+  }
+  void RunLater(Duration after, std::function<void()> work) override {
+    Director::Get().SpawnLater(after, std::move(work));
+  }
+  uint32_t Accounts() override { return Machine::Current()->Accounts(); }
+  void ListenToAccounts(std::function<void(bool added)> listener) override {
+    Machine::Current()->ListenToAccounts(std::move(listener));
+  }
+};
+
+}  // namespace
+
+ModemStage& Stage() {
+  static auto* const stage = new MachineStage;
+  return *stage;
+}
+
+}  // namespace nuvelta::wine

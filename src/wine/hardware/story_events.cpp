@@ -1,0 +1,162 @@
+#include "wine/hardware/story_events.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <memory>
+
+#include "platform/service_control.h"
+#include "platform/virtual/event_data.h"
+#include "wine/hardware/control_queue.h"
+#include "wine/hardware/director.h"
+#include "wine/hardware/machine.h"
+#include "wine/hardware/power_queue.h"
+#include "wine/story/story_line.h"
+
+namespace nuvelta::wine {
+
+namespace {
+
+using namespace std::chrono_literals;
+using virtual_notebook::Action;
+using virtual_notebook::ModemInterface;
+
+constexpr auto kProcessStart = 20ms;
+constexpr uint32_t kLogon = 5;  // WTS_SESSION_LOGON
+
+class StoryEvents {
+ public:
+  StoryEvents(Machine& machine, size_t next)
+      : m_machine(machine), m_occurrences(Occurrences(machine.Scenario())), m_next(next) {}
+
+  std::optional<Duration> Next() const {
+    if (m_next >= m_occurrences.size()) return std::nullopt;
+    return m_occurrences[m_next].at;
+  }
+
+  Duration Rest() const {
+    return m_machine.Scenario().rest_within +
+           (m_occurrences.empty() ? Duration() : m_occurrences.back().at);
+  }
+
+  void Play();
+  void End(bool rests);
+
+ private:
+  void PlayAction(const Action& action);
+  void ChangeDevices(size_t index);
+  void Stop();
+  void Ask(Request::Kind kind);
+  void Write(const char* text) { m_machine.Write(Note{text}); }
+
+  Machine& m_machine;
+  const std::vector<Occurrence> m_occurrences;
+  size_t m_next;
+};
+
+void StoryEvents::Play() {
+  const Occurrence occurrence = m_occurrences[m_next++];
+  // Written before it happens: a process that is ended by it does not play it again.
+  m_machine.Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition});
+  try {
+    ChangeDevices(occurrence.index);
+    PlayAction(m_machine.Scenario().events[occurrence.index].action);
+  } catch (const std::exception& error) {
+    m_machine.Write(Note{error.what()});
+  }
+}
+
+// What Wine's own registry and device tables have to show.
+void StoryEvents::ChangeDevices(size_t index) { PlayWithoutService(m_machine.Scenario(), index); }
+
+void StoryEvents::PlayAction(const Action& action) {
+  ControlQueue& controls = ControlQueue::Get();
+  using Kind = Action::Kind;
+  switch (action.kind) {
+    case Kind::kStart:
+      return Write("start: the service is already running");
+    case Kind::kStop:
+      return Stop();
+    case Kind::kKill:
+      return Ask(Request::Kind::kKill);
+    case Kind::kControl:
+      controls.SendControl(action.number, action.event_type);
+      return;
+    case Kind::kArrival:
+      return controls.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
+    case Kind::kRemoval:
+      return controls.SendDeviceEvent(platform::kDbtDeviceRemoveComplete, action.text);
+    case Kind::kModemArrives:
+      m_machine.Modem().SetPresent(true);
+      return controls.SendDeviceEvent(platform::kDbtDeviceArrival,
+                                      ModemInterface(m_machine.Modem().Description()));
+    case Kind::kModemLeaves:
+      m_machine.Modem().SetPresent(false);
+      return controls.SendDeviceEvent(platform::kDbtDeviceRemoveComplete,
+                                      ModemInterface(m_machine.Modem().Description()));
+    case Kind::kModemChanges:
+      return m_machine.Modem().Apply(action.modem);
+    case Kind::kAccountAdded:
+      return m_machine.ChangeAccounts(true);
+    case Kind::kAccountRemoved:
+      return m_machine.ChangeAccounts(false);
+    case Kind::kSuspend:
+      return PowerQueue::Get().Send(platform::kPbtApmSuspend);
+    case Kind::kResume:
+      PowerQueue::Get().Send(platform::kPbtApmResumeAutomatic);
+      return PowerQueue::Get().Send(platform::kPbtApmResumeSuspend);
+    case Kind::kPowerEvent:
+      return PowerQueue::Get().Send(action.number);
+    case Kind::kSessionChange:
+      controls.SendControl(platform::kServiceControlSessionChange, action.number);
+      return;
+    case Kind::kLogon:
+      m_machine.WriteRecord({});
+      controls.SendControl(platform::kServiceControlSessionChange, kLogon);
+      return;
+    case Kind::kBattery:
+      return controls.SendPowerSetting(platform::kGuidBatteryPercentageRemaining, action.number);
+    case Kind::kPowerSetting:
+      return controls.SendPowerSetting(action.guid, action.number);
+    case Kind::kEventRecord:
+      return m_machine.WriteRecord(action.record);
+    case Kind::kRegistrySet:
+    case Kind::kRegistryDelete:
+      return;  // done
+  }
+}
+
+void StoryEvents::Stop() {
+  if (ControlQueue::Get().Accepts(platform::kServiceControlStop)) {
+    return Ask(Request::Kind::kStop);
+  }
+  Write("stop: the service does not run or does not accept the stop control now");
+}
+
+void StoryEvents::End(bool rests) {
+  if (!rests) Write("the service did not come to rest; the story ends all the same");
+  Ask(Request::Kind::kEnd);
+}
+
+// Time stands still until what the driver does about it reaches this process.
+void StoryEvents::Ask(Request::Kind kind) {
+  Director::Get().Freeze();
+  m_machine.Write(Request{kind});
+}
+
+}  // namespace
+
+void BeginStory(Machine& machine, const std::vector<Entry>& journal) {
+  // Never destroyed: the director uses it to the end.
+  auto* const events = new StoryEvents(machine, Played(journal));
+  Director& director = Director::Get();
+  director.Join(false);
+  director.Begin(machine.ProcessBegan(), {.next = [=] { return events->Next(); },
+                                          .play = [=] { events->Play(); },
+                                          .rest = events->Rest(),
+                                          .at_rest = [=](bool rests) { events->End(rests); }});
+  machine.Write(ProcessBegan{GetCurrentProcessId()});
+  machine.Spend(kProcessStart);
+}
+
+}  // namespace nuvelta::wine

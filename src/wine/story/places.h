@@ -1,0 +1,28 @@
+// Where things lie in a Wine prefix that plays stories, and the notes in the
+// journal that have a meaning beyond their text.
+#pragma once
+
+namespace nuvelta::wine {
+
+// The folder that holds the files below, on drive C:.
+inline constexpr const char* kInstallFolder = "Program Files\\Nuvelta Wireless";
+inline constexpr const char* kServiceFile = "hx2208_auth_service.exe";
+inline constexpr const char* kHardwareFile = "iphlpapi.dll";
+inline constexpr const char* kDriverFile = "service_driver.exe";
+// One line: the Windows path of the scenario that is being played.
+inline constexpr const char* kStoryFile = "story.path";
+inline constexpr const char* kJournalFile = "journal.jsonl";
+// While it is there, the answer to WTSEnumerateSessionsW makes the service fault.
+inline constexpr const char* kCrashRequestFile = "crash.request";
+// What the driver has to take back; there while it works.
+inline constexpr const char* kUndoFile = "undo.json";
+
+// Below the folder in the variable "programdata": the service's log files.
+inline constexpr const char* kLogFolder = "Nuvelta Wireless Inc\\MAService\\HX2208GW";
+
+// The process whose end is journaled next crashed: the note goes on with how.
+inline constexpr const char* kCrashNote = "crashed: ";
+// The service or the story was stuck and was ended: the note goes on with where.
+inline constexpr const char* kStuckNote = "stuck: ";
+
+}  // namespace nuvelta::wine
