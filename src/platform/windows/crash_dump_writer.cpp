@@ -1,6 +1,7 @@
 #include "platform/windows/crash_dump_writer.h"
 
 #include <array>
+#include <atomic>
 #include <cwchar>
 #include <exception>
 
@@ -47,8 +48,14 @@ void WriteDump(EXCEPTION_POINTERS* exception) {
   CloseHandle(file);
 }
 
+// The thread that is writing its dump. A fault of the writer itself, which a broken
+// process may well cause, comes here again: without this, dump would follow dump
+// until the disk is full.
+std::atomic<DWORD> g_writer = 0;
+
 LONG WINAPI WriteDumpAndEnd(EXCEPTION_POINTERS* exception) {
-  WriteDump(exception);
+  const DWORD thread = GetCurrentThreadId();
+  if (g_writer.exchange(thread) != thread) WriteDump(exception);
   FatalAppExitW(kAction, L"Fatal Error");
   return 0;
 }
