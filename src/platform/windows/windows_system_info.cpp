@@ -62,6 +62,8 @@ class Win32SystemInformation final : public platform::SystemInformation {
   }
 
   bool VerQueryValueW(std::span<const std::byte> block, platform::FixedFileInfo& info) override {
+    // It would read past the end of a block that no version was read into.
+    if (block.size() < sizeof(VS_FIXEDFILEINFO)) return false;
     void* found = nullptr;
     UINT size = 0;
     if (::VerQueryValueW(block.data(), L"\\", &found, &size) == FALSE || found == nullptr ||
