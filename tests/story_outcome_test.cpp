@@ -55,6 +55,7 @@ const std::map<std::string, Outcome>& Outcomes() {
       {"radio_already_on", {"00", 1, 1, 0, 0, 0}},
       {"radio_minus_one", {"00", -1, 1, 0, 0, 0}},
       {"radio_not_ready", {"00*4 01000000", 1, 4, 3, 0, 0}},
+      {"registry_values_of_every_type", {kSwitchedOn, 1, 10, 0, 0, 0}},
       {"resume_during_job", {"00*2 01000000", 1, 2, 1, 1, 0}},
       {"resume_without_suspend", {"", 4, 5, 5, 1, 0}},
       {"self_restart", {"00*5 01000000", 1, 5, 4, 0, 1, "2 4 | 2 4 3 1"}},
