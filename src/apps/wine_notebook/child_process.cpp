@@ -26,7 +26,8 @@ constexpr int kNotRun = 127;
 
 // In the child, which has one thread.
 [[noreturn]] void Become(const std::vector<std::string>& command,
-                         const std::map<std::string, std::string>& environment, int output) {
+                         const std::map<std::string, std::string>& environment,
+                         const std::string& folder, int output) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   // A Ctrl-C at the terminal is the parent's to act on.
   setpgid(0, 0);
@@ -41,6 +42,7 @@ constexpr int kNotRun = 127;
       setenv(name.c_str(), value.c_str(), 1);
     }
   }
+  if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(kNotRun);
   std::vector<char*> arguments;
   arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) {
@@ -54,11 +56,12 @@ constexpr int kNotRun = 127;
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
-                           const std::map<std::string, std::string>& environment) {
+                           const std::map<std::string, std::string>& environment,
+                           const std::string& folder) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) Fail("a pipe");
   m_process = fork();
-  if (m_process == 0) Become(command, environment, ends[1]);
+  if (m_process == 0) Become(command, environment, folder, ends[1]);
   close(ends[1]);
   m_output = ends[0];
   fcntl(m_output, F_SETFL, O_NONBLOCK);

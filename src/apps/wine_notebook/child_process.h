@@ -13,10 +13,12 @@ namespace nuvelta::wine_notebook {
 class ChildProcess {
  public:
   // Runs `command` with `environment` added to this process's; an empty text
-  // removes a variable. What it prints can be read; its input is empty. It is
-  // killed when this process dies. Throws std::runtime_error.
+  // removes a variable. Its folder is `folder`, or this process's when that is empty.
+  // What it prints can be read; its input is empty. It is killed when this process
+  // dies. Throws std::runtime_error.
   ChildProcess(const std::vector<std::string>& command,
-               const std::map<std::string, std::string>& environment);
+               const std::map<std::string, std::string>& environment,
+               const std::string& folder = {});
   // Kills it when it still runs.
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;

@@ -46,6 +46,9 @@ const std::vector<Replacement>& Replacements() {
     add(R"(Cast Time [0-9.]+s)", "Cast Time <duration>");
     add(R"(device_service_session:0x[0-9a-f]+)", "device_service_session:<handle>");
     add(R"(/pid -?\d+)", "/pid <process>");
+    // The thread's last error, which these two calls do not set: it is whatever some
+    // system library has left there.
+    add(R"((Reg(OpenKey|QueryValue)Ex [^\n]*,ERROR code =) \d+)", "$1 <left over>");
     return replacements;
   }();
   return kReplacements;

@@ -98,6 +98,10 @@ void WinePrefix::Make() const {
   const fs::path part = m_folder.string() + ".part";
   std::map<std::string, std::string> environment = Environment();
   environment["WINEPREFIX"] = part.string();
+  // What an interrupted making has left may still be at work in its folder.
+  fs::create_directories(part);
+  RunQuietly({m_server, "-k"}, environment, kEndPatience);
+  RunQuietly({m_server, "-w"}, environment, kEndPatience);
   fs::remove_all(part);
   fs::create_directories(part);
   const int code = RunQuietly({m_wine, "wineboot", "-i"}, environment, kMakePatience);
@@ -120,6 +124,9 @@ void WinePrefix::Install(const fs::path& binaries) const {
     }
     CopyWhole(binaries / file, InstallFolder() / file);
   }
+  // Wine 8's dump writer faults when it looks for symbols that are not there.
+  const fs::path symbols = fs::path(wine::kServiceFile).replace_extension(".pdb");
+  if (fs::exists(binaries / symbols)) CopyWhole(binaries / symbols, InstallFolder() / symbols);
 }
 
 fs::path WinePrefix::InstallFolder() const {
@@ -138,12 +145,18 @@ void WinePrefix::SetTimeZone(const std::string& zone) {
   m_zone = zone;
 }
 
+std::unique_ptr<ChildProcess> WinePrefix::RunProgram(
+    const std::string& program, const std::vector<std::string>& arguments) const {
+  std::vector<std::string> command{m_wine, program};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  // Wine looks for symbols in the current folder, and a service inherits this one.
+  return std::make_unique<ChildProcess>(command, Environment(), InstallFolder().string());
+}
+
 std::unique_ptr<ChildProcess> WinePrefix::RunDriver(
     const std::vector<std::string>& arguments) const {
-  std::vector<std::string> command{
-      m_wine, std::string("C:\\") + wine::kInstallFolder + "\\" + wine::kDriverFile};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  return std::make_unique<ChildProcess>(command, Environment());
+  return RunProgram(std::string("C:\\") + wine::kInstallFolder + "\\" + wine::kDriverFile,
+                    arguments);
 }
 
 void WinePrefix::Repair() const {

@@ -23,7 +23,8 @@ class WinePrefix {
   WinePrefix(const WinePrefix&) = delete;
   WinePrefix& operator=(const WinePrefix&) = delete;
 
-  // Copies the service, its virtual hardware and the driver from `binaries`.
+  // Copies the service with its symbols, if there are any, its virtual hardware and
+  // the driver from `binaries`.
   // Throws std::runtime_error naming the one that is missing.
   void Install(const std::filesystem::path& binaries) const;
 
@@ -35,6 +36,9 @@ class WinePrefix {
   // All programs in the prefix run in the time zone, a POSIX TZ text.
   void SetTimeZone(const std::string& zone);
 
+  // Runs a program by its Windows path.
+  std::unique_ptr<ChildProcess> RunProgram(const std::string& program,
+                                           const std::vector<std::string>& arguments) const;
   // Runs the driver with these arguments.
   std::unique_ptr<ChildProcess> RunDriver(const std::vector<std::string>& arguments) const;
 

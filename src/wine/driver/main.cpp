@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "platform/virtual/scenario/scenario_reader.h"
@@ -12,6 +13,7 @@
 #include "wine/driver/old_logs.h"
 #include "wine/driver/player.h"
 #include "wine/driver/prefix.h"
+#include "wine/story/places.h"
 
 namespace {
 
@@ -22,9 +24,10 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kMisused = 2;
 
-void Play(const fs::path& file) {
+void Play(const fs::path& file, bool crash) {
   const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
   const wine::StoryInPrefix story(scenario, fs::absolute(file));
+  if (crash) std::ofstream(wine::InstallFolder() / wine::kCrashRequestFile);
   // Tells the host that the prefix is ready, and where to look for the log.
   std::printf("logs %s\n", wine::LogFolder().string().c_str());
   std::fflush(stdout);
@@ -36,7 +39,9 @@ int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullp
 int Run(int argc, wchar_t** argv) {
   const std::wstring command = argc > 1 ? argv[1] : L"";
   if (command == L"play" && argc == 3) {
-    Play(argv[2]);
+    Play(argv[2], false);
+  } else if (command == L"play" && argc == 4 && std::wstring(argv[3]) == L"crash") {
+    Play(argv[2], true);
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
@@ -46,7 +51,8 @@ int Run(int argc, wchar_t** argv) {
     std::printf("%s\n", wine::MeasureStarts(fs::absolute(argv[2]), Count(argv[3])).c_str());
   } else {
     std::fprintf(stderr,
-                 "usage: service_driver play SCENARIO | clean | cycles N | start-times EXE N\n");
+                 "usage: service_driver play SCENARIO [crash] | clean | cycles N | "
+                 "start-times EXE N\n");
     return kMisused;
   }
   return kDone;

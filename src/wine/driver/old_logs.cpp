@@ -78,8 +78,9 @@ fs::path LogFolder() {
 std::vector<Handle> PutOldLogs(const std::vector<virtual_notebook::OldLog>& logs, int64_t now) {
   const fs::path folder = LogFolder();
   if (folder.empty()) throw std::runtime_error("services have no variable \"programdata\"");
-  fs::remove_all(folder);
-  fs::create_directories(folder);
+  // The service makes the folder, and those above it, when there are no old logs.
+  fs::remove_all(folder.parent_path().parent_path());
+  if (!logs.empty()) fs::create_directories(folder);
   std::vector<Handle> in_use;
   for (const virtual_notebook::OldLog& log : logs) {
     const int64_t seconds = now - std::chrono::duration_cast<std::chrono::seconds>(log.age).count();

@@ -13,9 +13,9 @@ namespace nuvelta::wine {
 // The folder in which the service writes its log.
 std::filesystem::path LogFolder();
 
-// Empties the log folder and puts the old logs there, `now` (seconds since 1970)
-// being the story's begin. Files in use stay so as long as the handles are kept.
-// Throws std::runtime_error naming the file.
+// Removes the log folder; puts it there anew with the old logs when there are any,
+// `now` (seconds since 1970) being the story's begin. Files in use stay so as long
+// as the handles are kept. Throws std::runtime_error naming the file.
 std::vector<Handle> PutOldLogs(const std::vector<virtual_notebook::OldLog>& logs, int64_t now);
 
 }  // namespace nuvelta::wine

@@ -13,8 +13,8 @@
 #include "wine/driver/background_call.h"
 #include "wine/driver/service_entry.h"
 #include "wine/driver/service_process.h"
-#include "wine/story/story_line.h"
 #include "wine/story/journal.h"
+#include "wine/story/story_line.h"
 
 namespace nuvelta::wine {
 

@@ -36,18 +36,29 @@ std::vector<Adapter> PresentAdapters(Machine& machine) {
   return adapters;
 }
 
+// In the code page in which the registry's ANSI functions answer the same name.
+std::string Ansi(const std::u16string& text) {
+  std::string ansi(text.size() * 4, '\0');  // no code page needs more
+  const int size = WideCharToMultiByte(CP_ACP, 0, reinterpret_cast<const wchar_t*>(text.data()),
+                                       static_cast<int>(text.size()), ansi.data(),
+                                       static_cast<int>(ansi.size()), nullptr, nullptr);
+  ansi.resize(static_cast<size_t>(size));
+  return ansi;
+}
+
 // A record and its three texts, as they lie in the caller's buffer.
 class Layout {
  public:
   explicit Layout(const Adapter& adapter)
       : m_adapter(adapter),
+        m_name(Ansi(virtual_notebook::Utf16(adapter.name))),
         m_description(virtual_notebook::Utf16(adapter.description)),
         m_friendly_name(virtual_notebook::Utf16(adapter.friendly_name)) {}
 
   size_t Size() const {
     const size_t size = sizeof(IP_ADAPTER_ADDRESSES) +
                         (m_description.size() + 1 + m_friendly_name.size() + 1) * sizeof(wchar_t) +
-                        m_adapter.name.size() + 1;
+                        m_name.size() + 1;
     constexpr size_t kAlignment = alignof(IP_ADAPTER_ADDRESSES);
     return (size + kAlignment - 1) / kAlignment * kAlignment;
   }
@@ -58,7 +69,7 @@ class Layout {
     char* const name = reinterpret_cast<char*>(friendly + m_friendly_name.size() + 1);
     std::memcpy(description, m_description.c_str(), (m_description.size() + 1) * sizeof(wchar_t));
     std::memcpy(friendly, m_friendly_name.c_str(), (m_friendly_name.size() + 1) * sizeof(wchar_t));
-    std::memcpy(name, m_adapter.name.c_str(), m_adapter.name.size() + 1);
+    std::memcpy(name, m_name.c_str(), m_name.size() + 1);
     auto* const record = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(at);
     std::memset(record, 0, sizeof *record);
     record->Length = sizeof *record;
@@ -72,6 +83,7 @@ class Layout {
 
  private:
   const Adapter& m_adapter;
+  const std::string m_name;
   const std::u16string m_description;
   const std::u16string m_friendly_name;
 };
@@ -101,6 +113,12 @@ extern "C" __declspec(dllexport) ULONG WINAPI
     const Layout layout(adapter);
     layout.Write(at, &adapter == &adapters.back());
     at += layout.Size();
+  }
+  if (machine->CrashRequested()) {
+    // Texts that nobody can read.
+    for (auto* adapter = buffer; adapter != nullptr; adapter = adapter->Next) {
+      adapter->FriendlyName = reinterpret_cast<wchar_t*>(16);
+    }
   }
   return ERROR_SUCCESS;
 }

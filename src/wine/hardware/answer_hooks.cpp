@@ -124,13 +124,6 @@ BOOL WINAPI Sessions(HANDLE /*server*/, DWORD /*reserved*/, DWORD /*version*/,
   Machine& machine = *Machine::Current();
   machine.Spend(2ms);
   if (machine.Fails("WTSEnumerateSessionsW")) return FALSE;
-  if (machine.CrashRequested()) {
-    // A name that nobody can read.
-    *list = new WTS_SESSION_INFOW{
-        .SessionId = 1, .pWinStationName = reinterpret_cast<LPWSTR>(16), .State = WTSActive};
-    *count = 1;
-    return TRUE;
-  }
   const auto& sessions = machine.Notebook().sessions;
   *list = new WTS_SESSION_INFOW[sessions.size() + 1]{};
   *count = static_cast<DWORD>(sessions.size());

@@ -29,6 +29,7 @@ Director& Director::Get() {
 }
 
 Duration Director::Now() {
+  const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   return m_now;
 }
@@ -42,17 +43,20 @@ void Director::Begin(Duration now, Script script) {
 }
 
 void Director::BeforeStart() {
+  const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   ++m_at_work;
 }
 
 void Director::Join(bool counted) {
+  const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   if (!counted) ++m_at_work;
   t_takes_part = true;
 }
 
 void Director::Leave() {
+  const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   t_takes_part = false;
   OneLess();

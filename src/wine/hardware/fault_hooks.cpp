@@ -1,4 +1,5 @@
 // Calls that are Wine's own, but can be refused by the story.
+#include <direct.h>
 #include <windows.h>
 
 #include <setupapi.h>
@@ -23,6 +24,16 @@ Result Failure(DWORD code) {
 template <>
 LSTATUS Failure<LSTATUS>(DWORD code) {
   return static_cast<LSTATUS>(code);
+}
+
+// These answer all bits set.
+HKEY NoKey(DWORD code) {
+  SetLastError(code);
+  return static_cast<HKEY>(INVALID_HANDLE_VALUE);
+}
+int MinusOne(DWORD code) {
+  SetLastError(code);
+  return -1;
 }
 
 // A function's stand-in: counts the call, and answers the failure that is due or
@@ -63,14 +74,24 @@ void InstallRegistryFaults() {
 void InstallDeviceFaults() {
   NUVELTA_REFUSABLE("setupapi.dll", SetupDiEnumDeviceInfo, Failure<BOOL>);
   NUVELTA_REFUSABLE("setupapi.dll", SetupDiGetDeviceRegistryPropertyW, Failure<BOOL>);
-  NUVELTA_REFUSABLE("advapi32.dll", OpenSCManagerW, Failure<SC_HANDLE>);
+  NUVELTA_REFUSABLE("setupapi.dll", SetupDiOpenClassRegKeyExW, NoKey);
   NUVELTA_REFUSABLE("advapi32.dll", EnumServicesStatusExW, Failure<BOOL>);
 }
 
 void InstallFileFaults() {
   NUVELTA_REFUSABLE("kernel32.dll", DeleteFileA, Failure<BOOL>);
+  NUVELTA_REFUSABLE("msvcrt.dll", _mkdir, MinusOne);
+}
+
+void InstallSystemFaults() {
+  NUVELTA_REFUSABLE("kernel32.dll", HeapAlloc, Failure<void*>);
+  NUVELTA_REFUSABLE("kernel32.dll", LocalAlloc, Failure<HLOCAL>);
+  NUVELTA_REFUSABLE("kernel32.dll", FileTimeToLocalFileTime, Failure<BOOL>);
+  NUVELTA_REFUSABLE("kernel32.dll", FileTimeToSystemTime, Failure<BOOL>);
+  NUVELTA_REFUSABLE("kernel32.dll", GetModuleFileNameW, Failure<DWORD>);
   NUVELTA_REFUSABLE("version.dll", GetFileVersionInfoSizeW, Failure<DWORD>);
   NUVELTA_REFUSABLE("version.dll", GetFileVersionInfoW, Failure<BOOL>);
+  NUVELTA_REFUSABLE("version.dll", VerQueryValueW, Failure<BOOL>);
 }
 
 }  // namespace
@@ -79,6 +100,7 @@ void InstallFaultHooks() {
   InstallRegistryFaults();
   InstallDeviceFaults();
   InstallFileFaults();
+  InstallSystemFaults();
 }
 
 }  // namespace nuvelta::wine

@@ -11,5 +11,6 @@ void InstallServiceHooks();
 void InstallAnswerHooks();
 void InstallPrefixHooks();
 void InstallFaultHooks();
+void InstallRuntimeFaultHooks();
 
 }  // namespace nuvelta::wine

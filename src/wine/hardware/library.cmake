@@ -11,6 +11,7 @@ add_library(wine_hardware SHARED
   machine.cpp
   power_queue.cpp
   prefix_hooks.cpp
+  runtime_fault_hooks.cpp
   service_hooks.cpp
   stage.cpp
   story_events.cpp

@@ -15,5 +15,6 @@ BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, void* /*reserved*/) {
   nuvelta::wine::InstallAnswerHooks();
   nuvelta::wine::InstallPrefixHooks();
   nuvelta::wine::InstallFaultHooks();
+  nuvelta::wine::InstallRuntimeFaultHooks();
   return TRUE;
 }

@@ -202,6 +202,7 @@ void Machine::ChangeAccounts(bool added) {
 }
 
 bool Machine::CrashRequested() const {
+  const KeepLastError keep;
   std::error_code ignored;
   return fs::exists(m_folder / kCrashRequestFile, ignored);
 }

@@ -62,7 +62,7 @@ class Machine {
   void ListenToAccounts(std::function<void(bool added)> listener);
   void ChangeAccounts(bool added);
 
-  // Whether the next answer about sessions shall make the service fault.
+  // Whether the next answer about network adapters shall make the service fault.
   bool CrashRequested() const;
 
   void Write(decltype(Entry::what) what);

@@ -27,6 +27,7 @@ using namespace std::chrono_literals;
 decltype(&StartServiceCtrlDispatcherW) g_dispatch;
 decltype(&RegisterServiceCtrlHandlerExW) g_register_handler;
 decltype(&SetServiceStatus) g_set_status;
+decltype(&OpenSCManagerW) g_open_manager;
 decltype(&ShellExecuteExW) g_execute;
 
 LPSERVICE_MAIN_FUNCTIONW g_service_main;
@@ -132,6 +133,13 @@ HDEVNOTIFY WINAPI RegisterDevice(HANDLE /*recipient*/, void* filter, DWORD /*fla
   return reinterpret_cast<HDEVNOTIFY>(3);
 }
 
+SC_HANDLE WINAPI OpenManager(LPCWSTR computer, LPCWSTR database, DWORD access) {
+  Machine& machine = *Machine::Current();
+  machine.Spend(20ms);
+  if (machine.Fails("OpenSCManagerW")) return nullptr;
+  return g_open_manager(computer, database, access);
+}
+
 std::string Utf8(const wchar_t* text) {
   return virtual_notebook::Utf8(reinterpret_cast<const char16_t*>(text));
 }
@@ -160,6 +168,7 @@ void InstallServiceHooks() {
   g_dispatch = Replace("advapi32.dll", "StartServiceCtrlDispatcherW", StartDispatcher);
   g_register_handler = Replace("advapi32.dll", "RegisterServiceCtrlHandlerExW", RegisterHandler);
   g_set_status = Replace("advapi32.dll", "SetServiceStatus", SetStatus);
+  g_open_manager = Replace("advapi32.dll", "OpenSCManagerW", OpenManager);
   g_execute = Replace("shell32.dll", "ShellExecuteExW", Execute);
   Replace("user32.dll", "RegisterPowerSettingNotification", RegisterPowerSetting);
   Replace("user32.dll", "RegisterSuspendResumeNotification", RegisterSuspendResume);

@@ -14,6 +14,7 @@
 #include "wine/hardware/director.h"
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
+#include "wine/hardware/last_error.h"
 #include "wine/hardware/machine.h"
 
 namespace nuvelta::wine {
@@ -29,6 +30,7 @@ using EndThread = void(__cdecl*)(unsigned);
 EndThread g_end_thread;
 decltype(&CreateEventW) g_create_event;
 decltype(&SetEvent) g_set_event;
+decltype(&ResetEvent) g_reset_event;
 decltype(&CloseHandle) g_close_handle;
 decltype(&WaitForSingleObject) g_wait;
 decltype(&WaitForMultipleObjects) g_wait_many;
@@ -46,14 +48,17 @@ void NoLongerFresh() {
 class ServiceEvents {
  public:
   void Add(HANDLE event) {
+    const KeepLastError keep;
     const std::lock_guard lock(m_mutex);
     m_events.insert(event);
   }
   void Remove(HANDLE event) {
+    const KeepLastError keep;
     const std::lock_guard lock(m_mutex);
     m_events.erase(event);
   }
   bool Contains(HANDLE event) {
+    const KeepLastError keep;
     const std::lock_guard lock(m_mutex);
     return m_events.contains(event);
   }
@@ -129,8 +134,18 @@ BOOL WINAPI Signal(HANDLE event) {
   if (!Events().Contains(event)) return g_set_event(event);
   if (Machine::Current()->Fails("SetEvent")) return FALSE;
   BOOL result = FALSE;
-  Director::Get().Change([&] { result = g_set_event(event); });
+  DWORD error = GetLastError();
+  Director::Get().Change([&] {
+    result = g_set_event(event);
+    if (result == FALSE) error = GetLastError();
+  });
+  SetLastError(error);
   return result;
+}
+
+BOOL WINAPI Reset(HANDLE event) {
+  if (Events().Contains(event) && Machine::Current()->Fails("ResetEvent")) return FALSE;
+  return g_reset_event(event);
 }
 
 BOOL WINAPI Close(HANDLE handle) {
@@ -173,6 +188,7 @@ void InstallThreadHooks() {
   g_end_thread = Replace("msvcrt.dll", "_endthreadex", EndRuntimeThread);
   g_create_event = Replace("kernel32.dll", "CreateEventW", MakeEvent);
   g_set_event = Replace("kernel32.dll", "SetEvent", Signal);
+  g_reset_event = Replace("kernel32.dll", "ResetEvent", Reset);
   g_close_handle = Replace("kernel32.dll", "CloseHandle", Close);
   g_wait = Replace("kernel32.dll", "WaitForSingleObject", Wait);
   g_wait_many = Replace("kernel32.dll", "WaitForMultipleObjects", WaitForMany);

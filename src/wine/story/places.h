@@ -12,7 +12,7 @@ inline constexpr const char* kDriverFile = "service_driver.exe";
 // One line: the Windows path of the scenario that is being played.
 inline constexpr const char* kStoryFile = "story.path";
 inline constexpr const char* kJournalFile = "journal.jsonl";
-// While it is there, the answer to WTSEnumerateSessionsW makes the service fault.
+// While it is there, the answer about network adapters makes the service fault.
 inline constexpr const char* kCrashRequestFile = "crash.request";
 // What the driver has to take back; there while it works.
 inline constexpr const char* kUndoFile = "undo.json";

@@ -1,0 +1,184 @@
+// The shipped executable under Wine's own service control manager. The log's text
+// is compared with the virtual notebook's elsewhere (parity); here is what only
+// Windows has.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include "apps/story/log_files.h"
+#include "apps/wine_notebook/journal_report.h"
+#include "apps/wine_notebook/playing.h"
+#include "apps/wine_notebook/wine_prefix.h"
+#include "story_support.h"
+#include "wine/story/places.h"
+
+namespace nuvelta::test {
+namespace {
+
+namespace fs = std::filesystem;
+using wine_notebook::PlayUnderWine;
+using wine_notebook::WinePrefix;
+using wine_notebook::WineStory;
+using namespace std::chrono_literals;
+
+fs::path FromEnvironment(const char* variable, const char* otherwise) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr ? fs::path(value) : fs::path(NUVELTA_SOURCE_DIR) / otherwise;
+}
+
+class UnderWine : public testing::Test {
+ protected:
+  UnderWine() { prefix.Install(binaries); }
+
+  static std::string File(const std::string& name) {
+    return std::string(NUVELTA_SOURCE_DIR) + "/scenarios/" + name + ".json";
+  }
+
+  WineStory Play(const std::string& name) {
+    return PlayUnderWine(prefix, File(name), Shipped(name), {});
+  }
+
+  // Everything that `program` prints until it ends.
+  static std::string Await(wine_notebook::ChildProcess& program) {
+    std::string text;
+    for (bool runs = true; runs;) {
+      runs = program.Wait(100ms);
+      for (const std::string& line : program.Lines()) text += line + "\n";
+    }
+    return text;
+  }
+
+  // The crash dumps beside the executable.
+  std::set<fs::path> Dumps() const {
+    std::set<fs::path> dumps;
+    for (const auto& file : fs::directory_iterator(prefix.InstallFolder())) {
+      if (file.path().extension() == ".dmp") dumps.insert(file.path());
+    }
+    return dumps;
+  }
+
+  const fs::path binaries = FromEnvironment("WINE_BINARIES", "build/windows-clang/bin");
+  WinePrefix prefix{FromEnvironment("WINE_STORY_PREFIX", "build/wine/prefix")};
+};
+
+// The manager's own answers, right after each report: type, state, controls, two
+// exit codes, check point, wait hint.
+std::vector<std::vector<uint32_t>> ManagersStates(const WineStory& story) {
+  std::vector<std::vector<uint32_t>> states;
+  for (const wine::Entry& entry : story.journal) {
+    if (const auto* status = std::get_if<wine::StatusReported>(&entry.what)) {
+      const platform::ServiceStatus& s = status->managers;
+      states.push_back({s.dwServiceType, s.dwCurrentState, s.dwControlsAccepted, s.dwWin32ExitCode,
+                        s.dwServiceSpecificExitCode, s.dwCheckPoint, s.dwWaitHint});
+    }
+  }
+  return states;
+}
+
+TEST_F(UnderWine, LivesFromStartToStopAndMakesItsLogFolderFromNothing) {
+  fs::remove_all(prefix.HostPath("C:\\users\\Public\\Nuvelta Wireless Inc"));
+  const WineStory story = Play("healthy_arrival");
+  const std::vector<std::vector<uint32_t>> expected{{16, 2, 0, 0, 0, 1, 1000},
+                                                    {16, 4, 0x81, 0, 0, 0, 0},
+                                                    {16, 3, 0x81, 0, 0, 2, 0},
+                                                    {16, 1, 0x81, 0, 0, 0, 0}};
+  EXPECT_EQ(ManagersStates(story), expected);
+  EXPECT_EQ(Commands(story.report), "00 01000000");
+  EXPECT_EQ(story.report.radio_after, 1);
+  ASSERT_EQ(story.report.processes.size(), 1U);
+  EXPECT_EQ(story.report.processes[0].exit_code, 0U);
+  EXPECT_TRUE(story.log.ends_with("N auth Monitor Service: Main: Exit\r\n"));
+  // The version comes from the executable's resource.
+  EXPECT_NE(story.log.find("verion: " NUVELTA_VERSION "\r\n"), std::string::npos);
+}
+
+TEST_F(UnderWine, StopsWhileTheWorkerIsBusy) {
+  const WineStory story = Play("stop_while_busy");
+  EXPECT_EQ(States(story.report), "2 4 3 1");
+  EXPECT_TRUE(wine_notebook::StatusDisagreements(story.journal).empty());
+  EXPECT_TRUE(story.report.notes.empty());
+  EXPECT_TRUE(story.report.Behaved());
+  EXPECT_NE(story.log.find("SERVICE_CONTROL_STOP g_pNService->stop(); exit"), std::string::npos);
+}
+
+// taskkill and net start are Wine's programs; the new process is the manager's.
+TEST_F(UnderWine, HasItselfKilledAndStartedWhenTheModemKeepsFailing) {
+  const WineStory story = Play("self_restart");
+  ASSERT_EQ(story.report.processes.size(), 2U);
+  const auto& [first, second] = std::tie(story.report.processes[0], story.report.processes[1]);
+  EXPECT_EQ(first.how, virtual_notebook::ProcessEnd::How::kKilled);
+  EXPECT_EQ(second.how, virtual_notebook::ProcessEnd::How::kReturned);
+  EXPECT_EQ(story.report.launches,
+            std::vector<std::string>{"cmd.exe /C taskkill /pid " + std::to_string(first.process) +
+                                     " /f & net start \"Nuvelta Wireless AUTH Service HX2208\""});
+  EXPECT_EQ(States(story.report), "2 4 | 2 4 3 1");
+  EXPECT_EQ(story.report.radio_after, 1);
+  std::vector<std::string> logs;
+  for (const auto& file : fs::directory_iterator(story.log_folder)) {
+    logs.push_back(story::ReadFile(file.path()));
+  }
+  ASSERT_EQ(logs.size(), 2U);
+  const auto has = [&](const char* text) {
+    return std::ranges::count_if(
+        logs, [&](const std::string& log) { return log.find(text) != std::string::npos; });
+  };
+  EXPECT_EQ(has("NService start"), 2);
+  EXPECT_EQ(has(" RestartService success."), 1);
+  EXPECT_EQ(has("SET MBIM FUN SUCCESS!"), 1);
+}
+
+// A fault of the worker, in two processes one after the other.
+TEST_F(UnderWine, LeavesOneDumpForEachFault) {
+  const TemporaryFolder folder;
+  const fs::path file = folder.Path() / "two_faults.json";
+  std::ofstream(file) << R"({"title": "Two faults", "events": [
+      {"at": 0, "do": "start"}, {"at": 60, "do": "start"}]})";
+  EXPECT_EQ(Await(*prefix.RunDriver({"play", "Z:" + file.string(), "crash"})).substr(0, 5),
+            "logs ");
+  const std::set<fs::path> dumps = Dumps();
+  ASSERT_EQ(dumps.size(), 2U);
+  const std::regex guid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.dmp");
+  for (const fs::path& dump : dumps) {
+    EXPECT_TRUE(std::regex_match(dump.filename().string(), guid)) << dump;
+    const fs::path service = binaries / wine::kServiceFile;
+    wine_notebook::ChildProcess debugger(
+        {"/usr/bin/lldb-16", "--no-lldbinit", "--batch", "-o",
+         "target create \"" + service.string() + "\" --core \"" + dump.string() + "\"", "-o",
+         "target symbols add \"" + fs::path(service).replace_extension(".pdb").string() + "\"",
+         "-o", "thread list", "-o", "bt"},
+        {});
+    const std::string told = Await(debugger);
+    // The faulting thread is the selected one, and its functions have names.
+    EXPECT_TRUE(std::regex_search(
+        told, std::regex("\\* thread #[0-9]+.*stop reason = Exception 0xc0000005")))
+        << told;
+    EXPECT_NE(told.find("IsNuveltaMBIMDevcieExist"), std::string::npos) << told;
+  }
+}
+
+TEST_F(UnderWine, SaysOnAConsoleThatTheManagerDidNotStartIt) {
+  // While Wine's own services start, the manager would take the program for one.
+  Await(*prefix.RunDriver({"clean"}));
+  std::this_thread::sleep_for(2s);
+  const auto program =
+      prefix.RunProgram(std::string("C:\\") + wine::kInstallFolder + "\\" + wine::kServiceFile, {});
+  EXPECT_EQ(Await(*program), "");
+  // 1063, of which the exit code of a Linux process has room for the lowest byte.
+  EXPECT_EQ(program->ExitCode(), 1063 & 0xFF);
+  std::string log;
+  const fs::path folder =
+      prefix.HostPath("C:\\ProgramData\\Nuvelta Wireless Inc\\MAService\\HX2208GW");
+  for (const auto& file : fs::directory_iterator(folder)) log += story::ReadFile(file.path());
+  EXPECT_TRUE(log.ends_with(
+      "i :   N auth Service: Main: StartServiceCtrlDispatcher returned error : 1063\r\n"))
+      << log;
+}
+
+}  // namespace
+}  // namespace nuvelta::test
