@@ -1,0 +1,320 @@
+// Our reading of firmware tables against that of dmidecode, on tables with the
+// oddities of real firmware and on damaged ones. Where the two differ on purpose,
+// the difference is named and must be of that kind.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include "auth/systeminfo.h"
+#include "dmidecode.h"
+#include "fake_platform.h"
+#include "platform/virtual/scenario/scenario_reader.h"
+#include "platform/virtual/smbios_builder.h"
+
+namespace nuvelta::test {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t kHeader = 8;
+constexpr size_t kDamagedTables = 600;
+
+// Why the two may differ.
+constexpr const char* kNotPrinted = "the structure is too short for dmidecode to print the field";
+constexpr const char* kCut = "dmidecode prints nothing of a structure that the table's end cuts";
+constexpr const char* kBadIndex = "we do not hold a string's number against the count of strings";
+constexpr const char* kNoUuid = "dmidecode has words for a uuid of zeros or of ones alone";
+
+struct Counts {
+  size_t agreed = 0;
+  std::map<std::string, size_t> explained;
+};
+
+Bytes WithLength(Bytes table) {
+  const auto length = static_cast<uint32_t>(table.size() - kHeader);
+  for (size_t i = 0; i < 4; ++i) table[4 + i] = static_cast<uint8_t>(length >> (8 * i));
+  return table;
+}
+
+// As dmidecode shows it: what cannot be printed becomes a dot.
+std::string Shown(std::string text) {
+  for (char& c : text) {
+    if (c < ' ' || c == 0x7F) c = '.';
+  }
+  return text;
+}
+
+// dmidecode swaps the first three parts since SMBIOS 2.6, we never do.
+std::string ShownUuid(const std::string& ours, const Bytes& table) {
+  std::string text = ours;
+  std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
+  const int version = table[1] << 8 | table[2];
+  if (version < 0x0206 || text.size() != 36) return text;
+  const auto swap = [&](size_t left, size_t right) {
+    std::swap_ranges(text.begin() + static_cast<ptrdiff_t>(left),
+                     text.begin() + static_cast<ptrdiff_t>(left) + 2,
+                     text.begin() + static_cast<ptrdiff_t>(right));
+  };
+  swap(0, 6);
+  swap(2, 4);
+  swap(9, 11);
+  swap(14, 16);
+  return text;
+}
+
+// Checks what we read of one structure.
+class Comparison {
+ public:
+  Comparison(const Bytes& table, const DmiOutput& output, int type, int least, Counts& counts)
+      : m_table(table), m_output(output), m_block(output.First(type, least)), m_counts(counts) {}
+
+  void Text(const char* name, const std::string& ours) {
+    const auto theirs = Printed(ours);
+    if (!theirs) return;
+    const auto field = m_block->fields.find(name);
+    if (field == m_block->fields.end()) return Explain(kNotPrinted);
+    if (Shown(ours) == field->second || (ours.empty() && field->second == "Not Specified")) {
+      ++m_counts.agreed;
+    } else if (field->second == "<BAD INDEX>") {
+      Explain(kBadIndex);
+    } else {
+      ADD_FAILURE() << name << ": ours is \"" << Shown(ours) << "\", dmidecode's \""
+                    << field->second << "\"";
+    }
+  }
+
+  void Uuid(const std::string& ours) {
+    if (!Printed(ours)) return;
+    const auto field = m_block->fields.find("UUID");
+    if (field == m_block->fields.end()) return Explain(kNotPrinted);
+    if (ShownUuid(ours, m_table) == field->second) {
+      ++m_counts.agreed;
+    } else if (field->second.starts_with("Not ") &&
+               ours.find_first_not_of(ours.front() == 'F' ? "F-" : "0-") == std::string::npos) {
+      Explain(kNoUuid);
+    } else {
+      ADD_FAILURE() << "uuid: ours is " << ours << ", dmidecode's " << field->second;
+    }
+  }
+
+ private:
+  // False when dmidecode prints no such structure; then we have none either.
+  std::optional<bool> Printed(const std::string& ours) {
+    if (m_block != nullptr && !m_block->cut) return true;
+    if (m_block != nullptr || (!m_output.whole && !ours.empty())) {
+      Explain(kCut);
+    } else {
+      EXPECT_EQ(ours, "") << "dmidecode has no such structure";
+    }
+    return std::nullopt;
+  }
+  void Explain(const char* reason) { ++m_counts.explained[reason]; }
+
+  const Bytes& m_table;
+  const DmiOutput& m_output;
+  const DmiBlock* m_block;
+  Counts& m_counts;
+};
+
+std::string Hex(const Bytes& bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) {
+    text += "0123456789ABCDEF"[byte >> 4U];
+    text += "0123456789ABCDEF"[byte & 15U];
+  }
+  return text;
+}
+
+void Compare(const Bytes& table, Counts& counts) {
+  SCOPED_TRACE(Hex(table));
+  static fuzz::FakePlatform fake;
+  fake.firmware.table = table;
+  const Systeminfo info;
+  const DmiOutput output = RunDmidecode(table);
+
+  Comparison system(table, output, 1, 25, counts);
+  system.Text("Manufacturer", info.manufacturer_);
+  system.Text("Product Name", info.productname_);
+  system.Text("Version", info.project_name_);
+  system.Text("Serial Number", info.serialnumber_);
+  system.Text("SKU Number", info.sku_);
+  system.Text("Family", info.family_);
+  system.Uuid(info.uuid_);
+  Comparison board(table, output, 2, 8, counts);
+  board.Text("Manufacturer", info.baseboard_manufacturer_);
+  board.Text("Product Name", info.baseboard_product_);
+  board.Text("Version", info.baseboard_version_);
+  board.Text("Serial Number", info.baseboard_serialnumber_);
+  board.Text("Asset Tag", info.baseboard_asset_tag_);
+  Comparison processor(table, output, 4, 22, counts);
+  processor.Text("Version", info.processor_manufacturer_);
+}
+
+// ------- tables
+
+Bytes Built(const virtual_notebook::SmbiosFields& fields) {
+  return virtual_notebook::BuildSmbiosTable(fields);
+}
+
+void Append(Bytes& table, const Bytes& bytes) {
+  table.insert(table.end(), bytes.begin(), bytes.end());
+}
+
+// The structures of a sound table, one by one.
+std::vector<Bytes> Split(const Bytes& table) {
+  std::vector<Bytes> structures;
+  for (auto at = table.begin() + kHeader; at != table.end();) {
+    constexpr std::array<uint8_t, 2> kEnd{};
+    const auto end = std::search(at + at[1], table.end(), kEnd.begin(), kEnd.end()) + 2;
+    structures.emplace_back(at, end);
+    at = end;
+  }
+  return structures;
+}
+
+Bytes Joined(const Bytes& header, const std::vector<Bytes>& structures) {
+  Bytes table(header.begin(), header.begin() + kHeader);
+  for (const Bytes& structure : structures) Append(table, structure);
+  return WithLength(table);
+}
+
+// What real notebooks have been seen to carry.
+std::vector<Bytes> OddTables() {
+  const virtual_notebook::SmbiosFields plain = virtual_notebook::DefaultNotebook().firmware;
+  std::vector<Bytes> tables{Built(plain)};
+  const Bytes sound = tables.front();
+  for (const uint8_t length : std::initializer_list<uint8_t>{8, 24, 25, 26}) {
+    auto fields = plain;
+    fields.system_length = length;
+    tables.push_back(Built(fields));
+  }
+  auto blanks = plain;
+  blanks.system_version = "  T14 Gen 5 ";
+  blanks.system_serial = " ";
+  blanks.system_family = "";
+  blanks.baseboard_product = "21ML\xE9\x01\x7F";
+  blanks.processor_version = std::string(300, 'x');
+  tables.push_back(Built(blanks));
+
+  auto structures = Split(sound);
+  const Bytes other_board = Split(Built(blanks))[4];
+  structures.insert(structures.begin() + 4, other_board);  // two boards, the odd one first
+  structures.pop_back();                                   // and no end of the table
+  tables.push_back(Joined(sound, structures));
+  // The system structure late, after many of other types.
+  structures = Split(sound);
+  for (uint8_t i = 0; i < 16; ++i) structures.insert(structures.begin(), {i, 4, i, 0, 0, 0});
+  tables.push_back(Joined(sound, structures));
+  // A second system structure behind the end, which counts when the first is short.
+  auto short_first = plain;
+  short_first.system_length = 20;
+  structures = Split(Built(short_first));
+  structures.push_back(Split(sound)[3]);
+  tables.push_back(Joined(sound, structures));
+  // A board and a processor of the least length that we read.
+  tables.push_back(Joined(sound, {{2, 8, 2, 0, 1, 2, 3, 4, 'a', 0, 'b', 0, 'c', 0, 'd', 0, 0}}));
+  Bytes processor{4, 22, 4, 0};
+  processor.resize(22);
+  processor[16] = 1;
+  Append(processor, {'P', 0, 0});
+  tables.push_back(Joined(sound, {processor}));
+
+  Bytes padded = sound;
+  padded.resize(padded.size() + 4096);
+  tables.push_back(WithLength(padded));
+  for (const size_t back : {3, 40, 200, 400}) {
+    tables.push_back(WithLength(Bytes(sound.begin(), sound.end() - static_cast<ptrdiff_t>(back))));
+  }
+  for (const uint8_t minor :
+       std::initializer_list<uint8_t>{5, 6}) {  // where dmidecode begins to swap the uuid
+    Bytes old = sound;
+    old[1] = 2;
+    old[2] = minor;
+    tables.push_back(old);
+  }
+  Bytes no_uuid = sound;
+  const Bytes system = Split(sound)[3];
+  const auto at = std::search(no_uuid.begin(), no_uuid.end(), system.begin(), system.end());
+  for (const uint8_t byte : std::initializer_list<uint8_t>{0x00, 0xFF}) {
+    std::fill(at + 8, at + 24, byte);
+    tables.push_back(no_uuid);
+  }
+  at[5] = 9;  // a string that is not there
+  tables.push_back(no_uuid);
+  return tables;
+}
+
+Bytes Damaged(Bytes table, std::mt19937& random) {
+  const auto below = [&](size_t limit) { return random() % limit; };
+  for (size_t times = 1 + below(4); times > 0; --times) {
+    const size_t at = kHeader + below(table.size() - kHeader);
+    const auto place = table.begin() + static_cast<ptrdiff_t>(at);
+    switch (below(5)) {
+      case 0:
+        table[at] = static_cast<uint8_t>(random());
+        break;
+      case 1:
+        table[at] = static_cast<uint8_t>(below(3));
+        break;
+      case 2:
+        table.insert(place, 1 + below(3), static_cast<uint8_t>(below(2) * random()));
+        break;
+      case 3:
+        table.erase(place, place + static_cast<ptrdiff_t>(
+                                       std::min<size_t>(below(8), table.size() - at - 1)));
+        break;
+      default:
+        if (below(4) == 0) table.resize(at + 1);
+        break;
+    }
+  }
+  return WithLength(table);
+}
+
+// The seeds and findings of the walk's fuzz target, each with the length that its
+// bytes have.
+std::vector<Bytes> FuzzedTables() {
+  std::vector<Bytes> tables;
+  for (const auto& entry : std::filesystem::directory_iterator(NUVELTA_SMBIOS_SEEDS)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    if (bytes.size() > kHeader) tables.push_back(WithLength({bytes.begin(), bytes.end()}));
+  }
+  return tables;
+}
+
+class Dmidecode : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!HasDmidecode()) GTEST_SKIP() << "dmidecode is not installed (tools/setup installs it)";
+  }
+};
+
+TEST_F(Dmidecode, ReadsOddTablesAsWeDo) {
+  Counts counts;
+  for (const Bytes& table : OddTables()) Compare(table, counts);
+  for (const Bytes& table : FuzzedTables()) Compare(table, counts);
+  EXPECT_GT(counts.agreed, 200U);
+  for (const char* reason : {kNotPrinted, kCut, kBadIndex, kNoUuid}) {
+    EXPECT_GT(counts.explained[reason], 0U) << reason;
+  }
+}
+
+TEST_F(Dmidecode, ReadsDamagedTablesAsWeDo) {
+  const std::vector<Bytes> odd = OddTables();
+  std::mt19937 random(20261116);
+  Counts counts;
+  for (size_t i = 0; i < kDamagedTables && !HasFailure(); ++i) {
+    Compare(Damaged(odd[i % odd.size()], random), counts);
+  }
+  EXPECT_GT(counts.agreed, kDamagedTables * 6) << "of 13 fields a table";
+  for (const auto& [reason, count] : counts.explained) std::cout << count << ": " << reason << '\n';
+}
+
+}  // namespace
+}  // namespace nuvelta::test
