@@ -1,21 +1,30 @@
 // nuvelta_counts CASE N [SIZE]: does one thing N times, each inside the function
 // Measured, so that a tool that counts instructions can count those alone. What is
 // counted is the calling thread's work; `figures` reads the counts.
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "apps/story/story.h"
 #include "auth/systeminfo.h"
 #include "bench_support.h"
 #include "common/ctask.h"
 #include "common/func_trace.h"
+#include "common/log_folder.h"
+#include "common/log_retention.h"
 #include "common/logger.h"
 #include "plain_firmware.h"
 #include "platform/platform.h"
+#include "platform/virtual/scenario/scenario_reader.h"
 #include "tasks/task_manager.h"
 
 namespace nuvelta::bench {
@@ -39,6 +48,17 @@ class QueuedTask final : public CTask {
  private:
   int32_t m_type;
 };
+
+double Nanoseconds(const std::function<void()>& operation) {
+  const auto begin = std::chrono::steady_clock::now();
+  operation();
+  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - begin).count();
+}
+
+double Median(std::vector<double> values) {
+  std::ranges::sort(values);
+  return values[values.size() / 2];
+}
 
 CTask* NewTask(int32_t type) { return new (std::nothrow) QueuedTask(type); }
 
@@ -94,6 +114,45 @@ void HealthyJob(long times, long /*size*/) {
   for (long i = 0; i < times; ++i) story::Play(scenario, {.disk = disk.Path()});
 }
 
+// Log retention over 10,000 files of a fresh disk, in nanoseconds, and `find`
+// listing the same.
+std::pair<double, double> RetainOnce() {
+  const TemporaryFolder disk;
+  virtual_notebook::Scenario scenario;
+  scenario.notebook = virtual_notebook::DefaultNotebook();
+  virtual_notebook::VirtualMachine machine(scenario, story::ServiceProgram(),
+                                           {.disk = disk.Path()});
+  const std::string folder = "C:\\Logs";
+  const std::filesystem::path host = machine.HostPath(folder);
+  std::filesystem::create_directories(host);
+  for (int i = 0; i < 10000; ++i) {
+    std::ofstream(host / (kLogFilePrefix + std::to_string(i) + kLogFileSuffix));
+  }
+  const std::string find = "find '" + host.string() + "' -name '" + kLogFilePrefix + "*" +
+                           kLogFileSuffix + "' -printf '%s %T@ %f\\n' > /dev/null";
+  std::pair<double, double> times;
+  machine.RunProcess([&] {
+    CLogger::GetInstance().InitLogger();
+    times.second = Nanoseconds([&] {
+      if (std::system(find.c_str()) != 0) std::abort();
+    });
+    times.first = Nanoseconds([&] { DeleteFileWhileExceedMaxSizeAndTime(folder); });
+  });
+  return times;
+}
+
+// Prints the medians of both.
+void Retention(long times, long /*size*/) {
+  std::vector<double> ours;
+  std::vector<double> theirs;
+  for (long i = 0; i < times; ++i) {
+    const auto [retention, find] = RetainOnce();
+    ours.push_back(retention);
+    theirs.push_back(find);
+  }
+  std::printf("%.0f %.0f\n", Median(ours), Median(theirs));
+}
+
 // The table as a tool on a dump expects it, on standard output.
 void DumpSmbios(long /*times*/, long /*size*/) {
   const std::vector<uint8_t> dump = SmbiosDump(FourKilobytes());
@@ -107,7 +166,8 @@ int main(int argc, char** argv) {
   using namespace nuvelta::bench;
   const std::map<std::string, void (*)(long, long)> cases{
       {"write_log", WriteLog},     {"trace_pair", TracePair},   {"merge", MergeTask},
-      {"read_smbios", ReadSmbios}, {"healthy_job", HealthyJob}, {"dump_smbios", DumpSmbios}};
+      {"read_smbios", ReadSmbios}, {"healthy_job", HealthyJob}, {"retention", Retention},
+      {"dump_smbios", DumpSmbios}};
   const auto found = argc >= 3 ? cases.find(argv[1]) : cases.end();
   if (found == cases.end()) {
     std::fprintf(stderr, "usage: nuvelta_counts CASE N [SIZE], CASE one of:");

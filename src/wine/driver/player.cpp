@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "wine/driver/handle_count.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine {
@@ -94,6 +95,10 @@ void Player::Serve(Request::Kind request) {
       return Kill(Fate::kKilled);
     case Request::Kind::kEnd:
       m_over = true;
+      // The service rests: what it still holds, it keeps.
+      if (const auto handles = m_process ? CountHandles(m_process->Id()) : std::nullopt) {
+        std::printf("handles %u\n", *handles);
+      }
       if (!m_scenario.stop_at_end) return Kill(Fate::kKilled);
       m_end_asked = Clock::now();
       return SendStop();
