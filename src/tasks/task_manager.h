@@ -62,6 +62,7 @@ class CTaskManager {
   void DealOneTask(CTask* pTask);
   void RunTask(CTask* pTask);
   void RetryTask(CTask* pTask);
+  void AppendToLevel(std::set<TaskElement>::const_iterator level, CTask* pTask);
   bool MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTask);
 
   std::set<TaskElement> m_setTaskElement;

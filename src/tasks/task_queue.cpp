@@ -1,6 +1,7 @@
-// The queue of the task manager. Set elements are immutable, so every change is
-// made on a copy that replaces the stored element.
+// The queue of the task manager. Set elements are immutable, so a level that is to
+// change is taken out of the set, and put back when it has.
 #include <algorithm>
+#include <utility>
 
 #include "common/critical_section.h"
 #include "common/ctask.h"
@@ -47,11 +48,20 @@ bool CTaskManager::MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTa
   return true;
 }
 
+// What can fail comes first: no task is lost when memory is exhausted. The level
+// stays where it is in memory.
+void CTaskManager::AppendToLevel(std::set<TaskElement>::const_iterator level, CTask* pTask) {
+  std::list<CTask*> lstAdded{pTask};
+  auto node = m_setTaskElement.extract(level);
+  node.value().lstTask.splice(node.value().lstTask.end(), lstAdded);
+  m_setTaskElement.insert(std::move(node));
+}
+
 void CTaskManager::addTask(CTask* pTask) {
   const CFuncTrace trace(kAddTask);
   const CriticalSectionLock lock(m_csTask);
   for (auto stored = m_setTaskElement.begin(); stored != m_setTaskElement.end(); ++stored) {
-    TaskElement taskElement = *stored;
+    const TaskElement& taskElement = *stored;
     LogInfo(kAddTask,
             "taskElement.iPriority = %d(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 "
             "TASK_PRIORITY_LOW);  list size = %d",
@@ -67,13 +77,11 @@ void CTaskManager::addTask(CTask* pTask) {
               "TASK_TYPE_ID_UPGRADE_FROM_EDL ; 700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL>) is not "
               "exist , add the task",
               pTask->getTaskTypeId());
-      m_setTaskElement.erase(stored);
-      taskElement.lstTask.push_back(pTask);
+      AppendToLevel(stored, pTask);
       LogInfo(kAddTask,
               "find equel priority task Element iPriority = %d; push back new task :%s ,after "
               "that list size = %d",
               taskElement.iPriority, pTask->getTaskName(), Size(taskElement));
-      m_setTaskElement.insert(std::move(taskElement));
     }
     platform::Os().threads.SetEvent(m_hTaskEvent);
     return;
@@ -111,7 +119,7 @@ void CTaskManager::popTask(CTask* pTask) {
   const CFuncTrace trace(kName);
   const CriticalSectionLock lock(m_csTask);
   for (auto stored = m_setTaskElement.begin(); stored != m_setTaskElement.end(); ++stored) {
-    TaskElement taskElement = *stored;
+    const TaskElement& taskElement = *stored;
     LogInfo(kName, "find taskElement.iPriority = %d; list size = %d ", taskElement.iPriority,
             Size(taskElement));
     const auto found = std::ranges::find(taskElement.lstTask, pTask);
@@ -119,11 +127,11 @@ void CTaskManager::popTask(CTask* pTask) {
     LogInfo(kName, "find the same task,will delete the task %s(%s in list)", pTask->getTaskName(),
             (*found)->getTaskName());
     CTask::Destroy(pTask);
-    m_setTaskElement.erase(stored);
-    taskElement.lstTask.erase(found);
-    LogInfo(kName, "after  delete task list size = %d", Size(taskElement));
+    auto node = m_setTaskElement.extract(stored);
+    node.value().lstTask.erase(found);
     // A level that has become empty stays in the set; readers skip it.
-    m_setTaskElement.insert(std::move(taskElement));
+    m_setTaskElement.insert(std::move(node));
+    LogInfo(kName, "after  delete task list size = %d", Size(taskElement));
     return;
   }
 }
