@@ -20,6 +20,7 @@ namespace {
 constexpr DWORD kLookMs = 5;
 constexpr auto kStopPatience = 60s;
 constexpr auto kRestartPatience = 30s;
+constexpr auto kDumpPatience = 5s;
 // Longer than the crash writer and the slowest pair of calls take.
 constexpr auto kNewsPatience = 120s;
 // What the command interpreter and its two commands take on the virtual notebook.
@@ -33,7 +34,7 @@ uint32_t Victim(const std::string& command_line) {
 }
 
 // Its writer holds a dump for itself alone while it is at work.
-bool IsWhole(const fs::path& dump) {
+bool IsReleased(const fs::path& dump) {
   const Handle file(CreateFileW(dump.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   return file.get() != INVALID_HANDLE_VALUE;
@@ -141,6 +142,18 @@ void Player::CheckCrash() {
     WriteNote(kCrashNote + ("dump " + path.filename().string()));
     return Kill(Fate::kCrashed);
   }
+}
+
+// Wine 8's dump writer may itself fault once all is written, and never let go.
+bool Player::IsWhole(const fs::path& dump) {
+  if (IsReleased(dump)) return true;
+  std::error_code ignored;
+  const uintmax_t size = fs::file_size(dump, ignored);
+  if (size != m_dump_size) {
+    m_dump_size = size;
+    m_dump_grew = Clock::now();
+  }
+  return size != 0 && Clock::now() - m_dump_grew > kDumpPatience;
 }
 
 void Player::CheckProgress() {

@@ -41,6 +41,7 @@ class Player {
   void CheckStop();
   void CheckEnd();
   void CheckCrash();
+  bool IsWhole(const std::filesystem::path& dump);
   void CheckProgress();
   void Watch();
   bool FindProcess();
@@ -69,6 +70,8 @@ class Player {
   Fate m_fate = Fate::kOpen;
   std::set<uint32_t> m_doomed;  // a command line that ends them was launched
   std::set<std::filesystem::path> m_dumps;
+  uintmax_t m_dump_size = 0;  // of the one that is being written
+  Clock::time_point m_dump_grew{};
 
   std::optional<BackgroundCall> m_start;
   std::optional<BackgroundCall> m_stop;
