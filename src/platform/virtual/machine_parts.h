@@ -32,6 +32,12 @@ struct ProcessEnded final : Waitable {
   std::string Describe() const override { return "the end of the service's process"; }
 };
 
+struct ProcessBegun final : Waitable {
+  bool begun = false;
+  bool Ready(uint32_t /*id*/) const override { return begun; }
+  std::string Describe() const override { return "the begin of the service's process"; }
+};
+
 struct VirtualMachine::Parts {
   const Nanoseconds start;
   Scheduler scheduler;
@@ -57,6 +63,7 @@ struct VirtualMachine::Parts {
 
   std::atomic<uint32_t> current = 0;  // the running process, 0 when there is none
   uint32_t next_process = 0x0A28;
+  ProcessBegun begun;
   ProcessEnded ended;
   std::string log_folder;  // of the service, a path of the notebook
   std::string crash;

@@ -92,6 +92,7 @@ void VirtualMachine::StartService() {
     if (parts.current != 0) return;
     parts.current = process = parts.next_process;
     parts.next_process += 0x24;
+    parts.begun.begun = false;
     parts.ended.ended = false;
   });
   if (process == 0) {
@@ -105,6 +106,7 @@ void VirtualMachine::StartService() {
 // The life of one process, on its main thread.
 void VirtualMachine::ServiceProcess(uint32_t process) {
   Parts& parts = *m_parts;
+  parts.scheduler.Change([&] { parts.begun.begun = true; });
   ProcessEnd end{.process = process, .how = ProcessEnd::How::kKilled, .exit_code = 1, .crash = {}};
   try {
     parts.scheduler.Sleep(kProcessStart);
@@ -147,6 +149,8 @@ void VirtualMachine::OnCrash(const std::string& thread, const std::string& what)
 
 void VirtualMachine::KillService(uint32_t process) {
   if (m_parts->current != process || process == 0) return;
+  // A thread that is killed before its first step would leave no trace of the end.
+  if (!m_parts->begun.begun) m_parts->scheduler.Wait(m_parts->begun, std::nullopt);
   m_program.mute();
   m_parts->scheduler.KillProcess(process);
   m_parts->scheduler.Wait(m_parts->ended, std::nullopt);
