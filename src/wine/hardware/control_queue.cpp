@@ -60,7 +60,7 @@ void ControlQueue::Enqueue(Control control) {
   });
 }
 
-bool ControlQueue::Accepts(uint32_t control) {
+bool ControlQueue::Accepts(uint32_t control) const {
   bool accepts = false;
   Director::Get().Change([&] {
     if (control != SERVICE_CONTROL_STOP && control != SERVICE_CONTROL_SESSIONCHANGE) {

@@ -31,7 +31,7 @@ class ControlQueue {
   bool SendControl(uint32_t control, uint32_t event_type);
   void SendDeviceEvent(uint32_t event_type, const std::string& interface_name);
   void SendPowerSetting(const platform::Guid& setting, uint32_t data);
-  bool Accepts(uint32_t control);
+  bool Accepts(uint32_t control) const;
 
   // From the real manager: waits until the handler has answered.
   DWORD Deliver(DWORD control, DWORD event_type, void* data);
