@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
   parity->add_option("FILE", files, "Scenario files")->required();
   std::vector<std::string> arguments;
   CLI::App* drive =
-      app.add_subcommand("driver", "Run service_driver.exe itself: cycles N, start-times EXE N");
+      app.add_subcommand("driver", "Run service_driver.exe itself: cycles N, start-times EXE OTHER N");
   drive->add_option("ARGUMENT", arguments, "Its arguments")->required();
   CLI::App* clean = app.add_subcommand("clean", "Undo what an interrupted story has left");
   for (CLI::App* command : {run, parity, drive, clean}) command->fallthrough();

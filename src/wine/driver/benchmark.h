@@ -12,9 +12,11 @@ namespace nuvelta::wine {
 // to RUNNING: "median", "p95", "max").
 std::string MeasureCycles(int count);
 
-// Starts the service of `executable` `count` times, and kills it each time once it
-// runs. Answers one line of JSON: "starts", "failed_starts", "start_ms" as above.
-std::string MeasureStarts(const std::filesystem::path& executable, int count);
+// Starts the services of `executable` and `other` in turn, `count` times each, and
+// kills each once it runs. Answers one line of JSON: "starts", "failed_starts" (of
+// both), "start_ms" and "other_start_ms" as above.
+std::string MeasureStarts(const std::filesystem::path& executable,
+                          const std::filesystem::path& other, int count);
 
 // Removes what an interrupted measurement has left.
 void RemoveMeasured();

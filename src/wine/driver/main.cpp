@@ -47,12 +47,14 @@ int Run(int argc, wchar_t** argv) {
     wine::RemoveMeasured();
   } else if (command == L"cycles" && argc == 3 && Count(argv[2]) > 0) {
     std::printf("%s\n", wine::MeasureCycles(Count(argv[2])).c_str());
-  } else if (command == L"start-times" && argc == 4 && Count(argv[3]) > 0) {
-    std::printf("%s\n", wine::MeasureStarts(fs::absolute(argv[2]), Count(argv[3])).c_str());
+  } else if (command == L"start-times" && argc == 5 && Count(argv[4]) > 0) {
+    std::printf(
+        "%s\n",
+        wine::MeasureStarts(fs::absolute(argv[2]), fs::absolute(argv[3]), Count(argv[4])).c_str());
   } else {
     std::fprintf(stderr,
                  "usage: service_driver play SCENARIO [crash] | clean | cycles N | "
-                 "start-times EXE N\n");
+                 "start-times EXE OTHER N\n");
     return kMisused;
   }
   return kDone;
