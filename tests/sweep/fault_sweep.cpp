@@ -1,0 +1,188 @@
+#include "fault_sweep.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+
+#include "apps/story/log_files.h"
+#include "platform/virtual/fault_plan.h"
+
+namespace nuvelta::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using virtual_notebook::CallFailures;
+using virtual_notebook::Duration;
+using virtual_notebook::Event;
+
+// Where the log goes when the variable of its root folder cannot be read.
+constexpr const char* kFolderWithoutRoot = "Nuvelta Wireless Inc/MAService/HX2208GW";
+
+// The places of a call that are failed. A few runs have no more than the first
+// number; in a story of many runs, each like the one before, later places only say
+// again what the earlier ones said.
+constexpr uint32_t kPlaces = 60;
+constexpr uint32_t kPlacesOfManyRuns = 16;
+constexpr size_t kManyRuns = 8;
+
+// The part that is played unless all is: whole calls are left out, for each costs
+// a story more that finds its last place.
+constexpr uint32_t kEveryCall = 3;
+constexpr uint32_t kEveryFault = 4;
+
+constexpr uint32_t kOutOfMemory = 0x8007000E;  // E_OUTOFMEMORY
+
+std::vector<Fault> WaysToFail(const CallFailures& call) {
+  std::vector<Fault> ways;
+  const auto add = [&](Fault::Kind kind, uint32_t code) {
+    ways.push_back({.call = std::string(call.call), .kind = kind, .code = code});
+  };
+  if (call.can_fail) add(Fault::Kind::kError, call.error);
+  if (call.can_be_null) add(Fault::Kind::kNull, 0);
+  if (call.can_throw) add(Fault::Kind::kHresult, call.error);
+  if (call.can_throw) add(Fault::Kind::kBadAlloc, kOutOfMemory);
+  return ways;
+}
+
+// FNV-1a, so that the choice is the same on every machine.
+uint32_t Hash(std::string_view text) {
+  uint32_t hash = 2166136261U;
+  for (const char letter : text) hash = (hash ^ static_cast<uint8_t>(letter)) * 16777619U;
+  return hash ^ (hash >> 15U);
+}
+
+// How much longer than without it a story may take with a fault that has passed.
+constexpr std::chrono::seconds kPatience{90};
+// With one that has not, the service may never rest: it is stopped this long
+// after the last event, and again, for it may be between two lives just then.
+constexpr std::chrono::seconds kLifeWithFault{25};
+constexpr uint32_t kStops = 3;
+
+// A worker without its event looks for tasks twice a second: in these stories a
+// day long, for hours.
+bool IsTooLong(const Scenario& scenario, const Fault& fault) {
+  const bool polls = fault.call == "WaitForSingleObject" || fault.call == "CreateEventW";
+  return fault.count == 0 && polls && scenario.events.back().at > std::chrono::minutes(30);
+}
+
+Duration EndOfEvents(const Scenario& scenario) {
+  const Event& last = scenario.events.back();
+  return last.at + (last.repeat - 1) * last.every;
+}
+
+Scenario WithStop(Scenario scenario) {
+  Event stop;
+  stop.at = EndOfEvents(scenario) + kLifeWithFault;
+  stop.repeat = kStops;
+  stop.every = std::chrono::milliseconds(500);
+  stop.action.kind = virtual_notebook::Action::Kind::kStop;
+  scenario.events.push_back(stop);
+  return scenario;
+}
+
+Scenario WithFault(const Sound& sound, const Fault& fault) {
+  Scenario scenario = fault.count == 0 ? WithStop(sound.scenario) : sound.scenario;
+  scenario.faults.push_back(fault);
+  if (fault.count != 0) {
+    scenario.rest_within = sound.told.report.virtual_time - EndOfEvents(sound.scenario) + kPatience;
+  }
+  return scenario;
+}
+
+bool IsPlanned(const Scenario& scenario, const std::string& call) {
+  return std::ranges::any_of(scenario.faults, [&](const Fault& own) { return own.call == call; });
+}
+
+}  // namespace
+
+std::string Faulted::Describe() const {
+  std::string text = fault.call + " #" + std::to_string(fault.nth);
+  switch (fault.kind) {
+    case Fault::Kind::kError:
+      text += " fails with " + std::to_string(fault.code);
+      break;
+    case Fault::Kind::kNull:
+      text += " answers null";
+      break;
+    case Fault::Kind::kHresult:
+      text += " throws an HRESULT";
+      break;
+    case Fault::Kind::kBadAlloc:
+      text += " throws bad_alloc";
+      break;
+  }
+  return text + (Lasting() ? ", for good" : ", once");
+}
+
+Told TellWithItsLog(const Scenario& scenario) {
+  const TemporaryFolder disk;
+  Told told{.report = story::Play(scenario, {.disk = disk.Path()}), .log = {}};
+  const std::string begin = story::LogStamp(scenario);
+  std::vector<fs::path> files =
+      story::LogFilesSince(story::LogFolder(scenario, disk.Path()), begin);
+  const auto strayed = story::LogFilesSince(disk.Path() / kFolderWithoutRoot, begin);
+  files.insert(files.end(), strayed.begin(), strayed.end());
+  // Processes follow each other, and their files' names begin with their starts.
+  std::ranges::stable_sort(files, {}, [&](const fs::path& file) {
+    const std::string name = file.filename().string();
+    return name.substr(0, name.find(".log")).substr(0, name.rfind('_') + sizeof "hh.mm.ss" - 1);
+  });
+  for (const fs::path& file : files) told.log += story::ReadFile(file);
+  return told;
+}
+
+Sound TellSound(const std::string& name) {
+  Sound sound{.name = name,
+              .scenario = Shipped(name),
+              .told = {},
+              .stopped = {},
+              .lines = {},
+              .stopped_lines = {}};
+  sound.told = TellWithItsLog(sound.scenario);
+  sound.stopped = TellWithItsLog(WithStop(sound.scenario));
+  sound.lines = ReadLines(sound.told);
+  sound.stopped_lines = ReadLines(sound.stopped);
+  return sound;
+}
+
+SweepCounts Sweep(const Sound& sound, bool all, const std::function<void(const Faulted&)>& judge) {
+  SweepCounts counts;
+  // What is called to restart the service is called in these stories only.
+  const bool all_calls = all || sound.told.Count("CommonUtil::RestartService();") > 0;
+  const bool many = sound.told.Count(" Cast Time ") > kManyRuns;
+  const uint32_t places = many ? kPlacesOfManyRuns : kPlaces;
+  for (const CallFailures& call : virtual_notebook::KnownCalls()) {
+    // The scenario fails these itself, and two faults never fail one call.
+    if (IsPlanned(sound.scenario, std::string(call.call))) continue;
+    if (!all_calls && Hash(sound.name + std::string(call.call)) % kEveryCall != 0) continue;
+    bool made = true;
+    for (uint32_t nth = 1; made && nth <= places; ++nth) {
+      for (const uint32_t count : {1U, 0U}) {
+        for (Fault fault : WaysToFail(call)) {
+          fault.nth = nth;
+          fault.count = count;
+          if (IsTooLong(sound.scenario, fault)) continue;
+          Faulted faulted{.fault = fault, .told = {}};
+          if (!all && Hash(sound.name + faulted.Describe()) % kEveryFault != 0) continue;
+          faulted.told = TellWithItsLog(WithFault(sound, fault));
+          ++counts.stories;
+          for (const FiredFault& fired : faulted.told.report.fired_faults) {
+            if (fired.call == fault.call) faulted.fired.push_back(fired);
+          }
+          made = !faulted.fired.empty();
+          if (!made) break;
+          ++counts.cases;
+          counts.injected += faulted.fired.size();
+          judge(faulted);
+        }
+        if (!made) break;
+      }
+    }
+  }
+  return counts;
+}
+
+}  // namespace nuvelta::test

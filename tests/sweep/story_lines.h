@@ -1,0 +1,31 @@
+// The log of a story, line by line, with the trace scopes in which each was
+// written.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "story_support.h"
+
+namespace nuvelta::test {
+
+struct StoryLine {
+  std::string time;
+  std::string thread;
+  std::string scope;  // the innermost one open on the thread, empty for none
+  std::string text;   // "i :   NService::Run entry"
+};
+
+struct StoryLines {
+  std::vector<StoryLine> lines;
+  std::vector<std::string> faults;  // of form: no line at all, times that run
+                                    // backwards, scopes closed that were not open
+};
+
+StoryLines ReadLines(const Told& told);
+
+// Whether `text` is `pattern`, or begins with it where the pattern ends in "*".
+bool Fits(std::string_view text, std::string_view pattern);
+
+}  // namespace nuvelta::test

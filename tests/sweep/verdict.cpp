@@ -1,0 +1,328 @@
+#include "verdict.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <regex>
+#include <set>
+
+#include "consequences.h"
+#include "story_lines.h"
+#include "task_rules.h"
+
+namespace nuvelta::test {
+
+namespace {
+
+using virtual_notebook::ModemCommand;
+using virtual_notebook::ProcessEnd;
+using virtual_notebook::StatusReport;
+
+How HowOf(const Fault& fault) {
+  switch (fault.kind) {
+    case Fault::Kind::kNull:
+      return How::kNull;
+    case Fault::Kind::kHresult:
+      return How::kHresult;
+    case Fault::Kind::kBadAlloc:
+      return How::kBadAlloc;
+    case Fault::Kind::kError:
+      break;
+  }
+  return How::kError;
+}
+
+class Verdict {
+ public:
+  Verdict(const Sound& sound, const Faulted& faulted)
+      : m_sound(sound),
+        m_faulted(faulted),
+        m_report(faulted.told.report),
+        m_how(HowOf(faulted.fault)),
+        m_before(faulted.Lasting() ? sound.stopped_lines : sound.lines),
+        m_after(ReadLines(faulted.told)) {}
+
+  std::vector<std::string> Judge() {
+    CheckFired();
+    m_wrong.insert(m_wrong.end(), m_after.faults.begin(), m_after.faults.end());
+    for (const std::string& broken : BrokenTaskRules(m_after.lines)) m_wrong.push_back(broken);
+    CheckStates();
+    CheckCommands();
+    const Outcome outcome = CheckFirstTrace();
+    CheckProcesses(outcome);
+    CheckCall();
+    if (!m_faulted.Lasting()) CheckOutcome(outcome);
+    return m_wrong;
+  }
+
+ private:
+  void Expect(bool holds, const std::string& text) {
+    if (!holds) m_wrong.push_back(text);
+  }
+  bool Is(std::string_view call) const { return m_faulted.fault.call == call; }
+
+  void CheckFired() {
+    const auto& fired = m_faulted.fired;
+    Expect(fired.front().nth == m_faulted.fault.nth, "another call failed");
+    Expect(m_faulted.Lasting() || fired.size() == 1, "the fault fired again");
+  }
+
+  // Each report on its own, then their order within each process.
+  void CheckStates() {
+    std::map<uint32_t, std::string> states;
+    std::map<uint32_t, uint32_t> check_points;
+    for (const StatusReport& report : m_report.status_reports) {
+      const auto& status = report.status;
+      const std::string state = std::to_string(status.dwCurrentState);
+      states[report.process] += state;
+      const bool settled = state == "4" || state == "1";
+      uint32_t& last = check_points[report.process];
+      const bool counted = settled ? status.dwCheckPoint == 0 : status.dwCheckPoint == last + 1;
+      Expect(counted || Is("SetServiceStatus"), "check point in state " + state);
+      if (!settled) last = status.dwCheckPoint;
+      Expect(status.dwControlsAccepted == (state == "2" ? 0U : 0x81U), "controls in " + state);
+      Expect(status.dwWaitHint == (state == "2" ? 1000U : 0U), "wait hint in state " + state);
+      Expect(status.dwServiceType == 16 && status.dwWin32ExitCode == 0 &&
+                 status.dwServiceSpecificExitCode == 0,
+             "the fixed members in state " + state);
+    }
+    static const std::regex permitted("2?(?:1|4[56]*(?:31?)?)?");
+    // A wait of the run loop that fails ends the service without a stop.
+    static const std::regex unwaited("24[56]*(?:31|13|1)?");
+    static const std::regex unreported("2?4?[56]*3?1?");
+    for (const auto& [process, sequence] : states) {
+      const bool fits =
+          std::regex_match(sequence, Is("SetServiceStatus") ? unreported : permitted) ||
+          (Is("WaitForSingleObject") && std::regex_match(sequence, unwaited));
+      Expect(fits && (sequence.front() == '2' || Is("SetServiceStatus")), "states " + sequence);
+      Expect(sequence != "21" || Is("CreateEventW"), "stopped without having run");
+    }
+  }
+
+  // The bytes; a set command only after a query of its own; and none that the log
+  // does not know of.
+  void CheckCommands() {
+    const ModemCommand* last = nullptr;
+    size_t queries = 0;
+    size_t sets = 0;
+    for (const ModemCommand& command : m_report.commands) {
+      const std::vector<uint8_t> set{1, 0, 0, 0};
+      const std::vector<uint8_t> query{0};
+      Expect(command.command_id == 1 && command.payload == (command.set ? set : query),
+             "a command that nobody knows");
+      ++(command.set ? sets : queries);
+      if (command.set) {
+        Expect(last != nullptr && !last->set, "a set command without a query");
+        Expect(last == nullptr || last->radio_before < -2 || last->radio_before > 1 ||
+                   last->radio_before == 0 || m_sound.name == "radio_not_ready",
+               "a set command for a radio that is on, or that cannot");
+      }
+      last = &command;
+    }
+    if (m_after.lines.empty()) return;
+    const Told& told = m_faulted.told;
+    Expect(queries <= told.Count("+SendQueryCommandAsync\r\n") &&
+               queries >= told.Count("-SendQueryCommandAsync\r\n"),
+           "queries that the log does not know");
+    Expect(sets <= told.Count("+SendSetCommandAsync\r\n") &&
+               sets >= told.Count("-SendSetCommandAsync\r\n"),
+           "set commands that the log does not know");
+    CheckForbidden(sets);
+  }
+
+  // Notebooks on which the rules forbid the radio whatever cannot be read.
+  void CheckForbidden(size_t sets) {
+    static const std::map<std::string, std::set<std::string>> kForbidden{
+        {"fcc_missing", {}},
+        {"fcc_too_long", {}},
+        {"modem_never_comes", {}},
+        {"pci_modem", {}},
+        {"query_never_answered", {}},
+        {"radio_already_on", {}},
+        {"radio_minus_one", {}},
+        {"resume_without_suspend", {}},
+        {"sessions_and_battery", {}},
+        {"vendor_service_missing", {}},
+        // A platform whose name cannot be read is unlisted, and passes.
+        {"wrong_modem", {"GetSystemFirmwareTable", "HeapAlloc"}},
+        // Nor can a device be refused that is not seen.
+        {"pci_device_beside_usb_modem",
+         {"GetSystemFirmwareTable", "HeapAlloc", "SetupDiEnumDeviceInfo",
+          "SetupDiGetDeviceRegistryPropertyW", "WideCharToMultiByte"}},
+    };
+    const auto rule = kForbidden.find(m_sound.name);
+    if (rule == kForbidden.end() || rule->second.contains(m_faulted.fault.call)) return;
+    Expect(sets == 0 && m_report.radio_after == m_sound.told.report.radio_after,
+           "the radio is touched");
+  }
+
+  // Compares the log with that of the story without the fault: the first line
+  // that differs is where the call was made.
+  Outcome CheckFirstTrace() {
+    const auto& before = m_before.lines;
+    const auto& after = m_after.lines;
+    size_t at = 0;
+    while (at < before.size() && at < after.size() && before[at].text == after[at].text &&
+           before[at].thread == after[at].thread) {
+      ++at;
+    }
+    std::vector<std::string> following;
+    for (size_t i = at; i < after.size() && following.size() < 8; ++i) {
+      if (after[i].thread == after[at].thread) following.push_back(after[i].text);
+    }
+    const bool without_trace = at == before.size() && at == after.size();
+    if (m_before.lines.empty()) return OutcomeWithoutLog();
+    for (const Consequence& row : Consequences()) {
+      if (row.call != m_faulted.fault.call || row.how != m_how) continue;
+      if (row.lines.empty()) return row.outcome;
+      if (at == after.size() || after[at].scope != row.scope) continue;
+      if (following.size() < row.lines.size()) continue;
+      if (std::equal(row.lines.begin(), row.lines.end(), following.begin(),
+                     [](auto pattern, const auto& text) { return Fits(text, pattern); })) {
+        return row.outcome;
+      }
+    }
+    if (without_trace && MayLeaveNoTrace(m_faulted.fault.call, m_how)) return Outcome::kSame;
+    std::string trace = without_trace ? "no trace" : "first trace";
+    if (at < after.size()) trace += " in scope \"" + after[at].scope + "\":";
+    for (const std::string& text : following) trace += " [" + text + "]";
+    m_wrong.push_back(trace);
+    return Outcome::kFinal;
+  }
+
+  // The one outcome that the call has wherever it is made.
+  Outcome OutcomeWithoutLog() const {
+    std::optional<Outcome> outcome;
+    for (const Consequence& row : Consequences()) {
+      if (row.call != m_faulted.fault.call || row.how != m_how) continue;
+      if (outcome && *outcome != row.outcome) return Outcome::kUnknown;
+      outcome = row.outcome;
+    }
+    return outcome.value_or(Outcome::kUnknown);
+  }
+
+  void CheckProcesses(Outcome outcome) {
+    size_t crashed = 0;
+    size_t killed = 0;
+    for (const ProcessEnd& process : m_report.processes) {
+      crashed += process.how == ProcessEnd::How::kCrashed ? 1 : 0;
+      killed += process.how == ProcessEnd::How::kKilled ? 1 : 0;
+      if (process.how == ProcessEnd::How::kCrashed) {
+        const std::string what =
+            m_how == How::kBadAlloc ? "std::bad_alloc" : "an exception that is no std::exception";
+        Expect(process.crash == "thread \"service main\": " + what, "crash: " + process.crash);
+      }
+      const uint32_t code = outcome == Outcome::kNoDispatcher ? 1063 : 0;
+      const bool first = &process == m_report.processes.data();
+      Expect(process.how != ProcessEnd::How::kReturned || process.exit_code == code ||
+                 (!first && process.exit_code == 0),
+             "exit code " + std::to_string(process.exit_code));
+    }
+    Expect((crashed > 0) == (outcome == Outcome::kCrash), std::to_string(crashed) + " crashes");
+    Expect(m_faulted.Lasting() || crashed <= 1, "crashed again");
+    const bool may_hang = outcome == Outcome::kSignal || outcome == Outcome::kReport;
+    Expect(m_report.deadlock.empty() ||
+               (may_hang && m_report.deadlock.starts_with("the service did not end within 60 s")),
+           "deadlock: " + m_report.deadlock);
+    size_t ends = m_report.deadlock.empty() ? 0 : 1;
+    for (const std::string& note : m_report.notes) {
+      const bool unaccepted = note.starts_with("end: ");
+      if (unaccepted) ++ends;
+      Expect(!unaccepted || outcome == Outcome::kNoStatus || outcome == Outcome::kReport ||
+                 outcome == Outcome::kNoEvent || outcome == Outcome::kWait ||
+                 outcome == Outcome::kCrash || outcome == Outcome::kNoDispatcher,
+             note);
+    }
+    const auto events = std::ranges::count_if(m_sound.scenario.events, [](const auto& event) {
+      return event.action.kind == virtual_notebook::Action::Kind::kKill;
+    });
+    Expect(killed <= ends + m_report.launches.size() + static_cast<size_t>(events),
+           "a process did not end by itself");
+    Expect(killed > 0 || crashed > 0 || m_report.leaked_handles == 0, "handles are left open");
+  }
+
+  // What shows elsewhere than in the log, or in what the log does not hold.
+  void CheckCall() {
+    const Told& told = m_faulted.told;
+    const size_t lives = told.Count("NService start ===");
+    if (Is("NtQuerySystemInformation")) {
+      Expect(m_report.standard_output.find("NtQuerySystemInformation Failed!\n") == 0,
+             "nothing on standard output");
+    } else {
+      Expect(m_report.standard_output.empty(), "standard output: " + m_report.standard_output);
+    }
+    if (m_before.lines.empty() || lives != 1) return;
+    const auto never = [&](std::string_view text) {
+      Expect(told.Count(text) == 0, "there is a line \"" + std::string(text) + '"');
+    };
+    if (Is("RegisterPowerSettingNotification")) never("SERVICE_CONTROL_POWEREVENT");
+    if (Is("RegisterSuspendResumeNotification")) never("PowerChanged: ");
+    if (Is("RegisterDeviceNotificationW")) never(" :   Device ");
+    if (Is("StartDetachedThread")) never("DeleteFileWhileExceedMaxSizeAndTime");
+    if (Is("CreateThread")) never("dealTaskThread");
+    if (Is("StartServiceCtrlDispatcherW")) never("ServiceMain");
+  }
+
+  void CheckOutcome(Outcome outcome) {
+    const StoryReport& sound = m_sound.told.report;
+    const bool same_radio = m_report.radio_after == sound.radio_after;
+    const bool same_states = States(m_report) == States(sound);
+    const std::string radio = "radio " + std::to_string(m_report.radio_after);
+    const std::string states = "states " + States(m_report);
+    switch (outcome) {
+      case Outcome::kSame:
+        // A resume may have left the task no budget for the run that failed.
+        Expect(same_radio || GiveUps(m_faulted.told) > GiveUps(m_sound.told), radio);
+        Expect(same_states, states);
+        break;
+      case Outcome::kFinal:
+      case Outcome::kUnheard:
+        // Without the runs there may be no need to restart.
+        Expect(same_states || m_report.launches.size() < sound.launches.size(), states);
+        break;
+      case Outcome::kCrash:
+        Expect(States(m_report).starts_with("2 4"), states);
+        break;
+      case Outcome::kNoStatus:
+      case Outcome::kNoDispatcher:
+        Expect(m_report.processes.size() > 1 || m_report.status_reports.empty(), states);
+        break;
+      case Outcome::kNoEvent:
+        Expect(States(m_report).find("2 1") != std::string::npos, states);
+        break;
+      case Outcome::kNoWorker:
+        Expect(m_report.processes.size() > 1 || m_report.commands.empty(), "a task was run");
+        break;
+      case Outcome::kNoStart:
+        Expect(std::ranges::count_if(m_report.launches,
+                                     [](const std::string& line) {
+                                       return line.ends_with("net start \"\"");
+                                     }) == (sound.launches.empty() ? 0 : 1),
+               "the launches");
+        break;
+      case Outcome::kWait:
+      case Outcome::kSignal:
+      case Outcome::kReport:
+      case Outcome::kUnknown:
+        break;
+    }
+  }
+
+  static size_t GiveUps(const Told& told) { return told.Count(" <=0 ,give up the Task "); }
+
+  const Sound& m_sound;
+  const Faulted& m_faulted;
+  const StoryReport& m_report;
+  const How m_how;
+  const StoryLines& m_before;
+  const StoryLines m_after;
+  std::vector<std::string> m_wrong;
+};
+
+}  // namespace
+
+std::vector<std::string> Judge(const Sound& sound, const Faulted& faulted) {
+  return Verdict(sound, faulted).Judge();
+}
+
+}  // namespace nuvelta::test

@@ -1,0 +1,14 @@
+// Judges a story in which a call of the operating system failed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "fault_sweep.h"
+
+namespace nuvelta::test {
+
+// What is wrong with the story; nothing when all is as it has to be.
+std::vector<std::string> Judge(const Sound& sound, const Faulted& faulted);
+
+}  // namespace nuvelta::test
