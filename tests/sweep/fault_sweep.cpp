@@ -128,7 +128,7 @@ Told TellWithItsLog(const Scenario& scenario) {
   // Processes follow each other, and their files' names begin with their starts.
   std::ranges::stable_sort(files, {}, [&](const fs::path& file) {
     const std::string name = file.filename().string();
-    return name.substr(0, name.find(".log")).substr(0, name.rfind('_') + sizeof "hh.mm.ss" - 1);
+    return name.substr(0, name.find(".log")).substr(0, name.rfind('_') + sizeof "_hh.mm.ss" - 1);
   });
   for (const fs::path& file : files) told.log += story::ReadFile(file);
   return told;

@@ -44,6 +44,7 @@ class Verdict {
 
   std::vector<std::string> Judge() {
     CheckFired();
+    CheckThereIsALog();
     m_wrong.insert(m_wrong.end(), m_after.faults.begin(), m_after.faults.end());
     for (const std::string& broken : BrokenTaskRules(m_after.lines)) m_wrong.push_back(broken);
     CheckStates();
@@ -65,6 +66,14 @@ class Verdict {
     const auto& fired = m_faulted.fired;
     Expect(fired.front().nth == m_faulted.fault.nth, "another call failed");
     Expect(m_faulted.Lasting() || fired.size() == 1, "the fault fired again");
+  }
+
+  // One scenario switches the log off, by a value that may be unreadable.
+  void CheckThereIsALog() {
+    const bool off = m_sound.name == "logging_off";
+    const bool read = !Is("RegOpenKeyExW") && !Is("RegQueryValueExW") && !Is("HeapAlloc");
+    Expect(m_before.lines.empty() == off, "the log without the fault");
+    Expect(m_after.lines.empty() == off || (off && !read), "the log");
   }
 
   // Each report on its own, then their order within each process.
