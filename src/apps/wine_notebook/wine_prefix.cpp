@@ -145,18 +145,13 @@ void WinePrefix::SetTimeZone(const std::string& zone) {
   m_zone = zone;
 }
 
-std::unique_ptr<ChildProcess> WinePrefix::RunProgram(
-    const std::string& program, const std::vector<std::string>& arguments) const {
-  std::vector<std::string> command{m_wine, program};
+std::unique_ptr<ChildProcess> WinePrefix::RunDriver(
+    const std::vector<std::string>& arguments) const {
+  std::vector<std::string> command{
+      m_wine, std::string("C:\\") + wine::kInstallFolder + "\\" + wine::kDriverFile};
   command.insert(command.end(), arguments.begin(), arguments.end());
   // Wine looks for symbols in the current folder, and a service inherits this one.
   return std::make_unique<ChildProcess>(command, Environment(), InstallFolder().string());
-}
-
-std::unique_ptr<ChildProcess> WinePrefix::RunDriver(
-    const std::vector<std::string>& arguments) const {
-  return RunProgram(std::string("C:\\") + wine::kInstallFolder + "\\" + wine::kDriverFile,
-                    arguments);
 }
 
 void WinePrefix::Repair() const {

@@ -36,9 +36,6 @@ class WinePrefix {
   // All programs in the prefix run in the time zone, a POSIX TZ text.
   void SetTimeZone(const std::string& zone);
 
-  // Runs a program by its Windows path.
-  std::unique_ptr<ChildProcess> RunProgram(const std::string& program,
-                                           const std::vector<std::string>& arguments) const;
   // Runs the driver with these arguments.
   std::unique_ptr<ChildProcess> RunDriver(const std::vector<std::string>& arguments) const;
 

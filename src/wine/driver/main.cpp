@@ -10,6 +10,7 @@
 
 #include "platform/virtual/scenario/scenario_reader.h"
 #include "wine/driver/benchmark.h"
+#include "wine/driver/console_start.h"
 #include "wine/driver/old_logs.h"
 #include "wine/driver/player.h"
 #include "wine/driver/prefix.h"
@@ -45,6 +46,8 @@ int Run(int argc, wchar_t** argv) {
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
+  } else if (command == L"console" && argc == 2) {
+    std::printf("exit code %lu\n", wine::RunOnConsole(wine::InstallFolder() / wine::kServiceFile));
   } else if (command == L"cycles" && argc == 3 && Count(argv[2]) > 0) {
     std::printf("%s\n", wine::MeasureCycles(Count(argv[2])).c_str());
   } else if (command == L"start-times" && argc == 5 && Count(argv[4]) > 0) {
@@ -53,7 +56,7 @@ int Run(int argc, wchar_t** argv) {
         wine::MeasureStarts(fs::absolute(argv[2]), fs::absolute(argv[3]), Count(argv[4])).c_str());
   } else {
     std::fprintf(stderr,
-                 "usage: service_driver play SCENARIO [crash] | clean | cycles N | "
+                 "usage: service_driver play SCENARIO [crash] | clean | console | cycles N | "
                  "start-times EXE OTHER N\n");
     return kMisused;
   }

@@ -1,0 +1,67 @@
+#include "wine/driver/console_start.h"
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+
+#include "wine/driver/win32.h"
+
+namespace nuvelta::wine {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 60s;
+constexpr DWORD kPatienceMs = 60000;
+
+// Keeps the manager from starting services. It would take any process that asks
+// for a dispatcher meanwhile for the service that it starts.
+class NoStarts {
+ public:
+  NoStarts() : m_manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)) {
+    const auto begin = Clock::now();
+    while ((m_lock = LockServiceDatabase(m_manager.get())) == nullptr) {
+      // Its own services come first when Wine has just been started.
+      if (GetLastError() != ERROR_SERVICE_DATABASE_LOCKED || Clock::now() - begin > kPatience) {
+        throw std::runtime_error("the service database cannot be locked: error " +
+                                 std::to_string(GetLastError()));
+      }
+      Sleep(20);
+    }
+  }
+  ~NoStarts() { UnlockServiceDatabase(m_lock); }
+  NoStarts(const NoStarts&) = delete;
+  NoStarts& operator=(const NoStarts&) = delete;
+
+ private:
+  ServiceHandle m_manager;
+  SC_LOCK m_lock = nullptr;
+};
+
+}  // namespace
+
+DWORD RunOnConsole(const std::filesystem::path& executable) {
+  const NoStarts no_starts;
+  std::wstring command = L"\"" + executable.wstring() + L"\"";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION made{};
+  if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                     &made) == FALSE) {
+    throw std::runtime_error("the program cannot be started: error " +
+                             std::to_string(GetLastError()));
+  }
+  const Handle thread(made.hThread);
+  const Handle process(made.hProcess);
+  if (WaitForSingleObject(process.get(), kPatienceMs) != WAIT_OBJECT_0) {
+    TerminateProcess(process.get(), 1);
+    throw std::runtime_error("the program does not end");
+  }
+  DWORD code = 0;
+  GetExitCodeProcess(process.get(), &code);
+  return code;
+}
+
+}  // namespace nuvelta::wine
