@@ -59,14 +59,15 @@ struct Reference {
     return at < all.size() ? static_cast<unsigned char>(all[at]) : 0U;
   }
   size_t LengthAt(size_t start) const { return start + 1 < end ? Byte(start + 1) : 0; }
-  // The first of two zero bytes that both lie inside; far away without them.
-  size_t TwoZeros(size_t from) const {
-    while (from + 1 < end && Byte(from) + Byte(from + 1) != 0) ++from;
-    return from + 1 < end ? from : SIZE_MAX / 2;
+  // The first of two zero bytes that both lie before `limit`; far away without them.
+  size_t TwoZeros(size_t from, size_t limit) const {
+    while (from + 1 < limit && Byte(from) + Byte(from + 1) != 0) ++from;
+    return from + 1 < limit ? from : SIZE_MAX / 2;
   }
+  size_t Next(size_t start) const { return TwoZeros(start + LengthAt(start), end) + 2; }
   size_t Find(unsigned type, size_t minimum) const {
     size_t start = 8;
-    for (; start < end && LengthAt(start) >= 4; start = TwoZeros(start + LengthAt(start)) + 2)
+    for (; start < end && LengthAt(start) >= 4; start = Next(start))
       if (Byte(start) == type && LengthAt(start) >= minimum) return start;
     return 0;
   }
@@ -78,8 +79,9 @@ struct Reference {
   }
   bool Fcc() const {
     size_t start = 8;
-    while (start < end && Byte(start) != 133) start = TwoZeros(start + LengthAt(start)) + 2;
-    if (start >= end || LengthAt(start) != 5 || TwoZeros(start + 4) != start + 19) return false;
+    while (start < end && Byte(start) != 133) start = Next(start);
+    if (start >= end || LengthAt(start) != 5 || TwoZeros(start + 4, all.size()) != start + 19)
+      return false;
     for (size_t i = 0; i < 14; ++i)
       if (std::tolower(all[start + 4 + i] & 0xFF) != std::tolower(kMarker[i])) return false;
     return true;
@@ -179,8 +181,9 @@ TEST(SmbiosRules, FindTheFccMarker) {
        {Fcc(compared), Fcc(binary), Fcc(kMarker.substr(0, 14)), Fcc(kMarker + 'E'),
         Fcc(kMarker, "\0"s), Fcc("\x01OTHER") + fcc, other + fcc})
     EXPECT_FALSE(is_fcc(Table(bytes, 999))) << bytes;
-  EXPECT_TRUE(is_fcc(Table(fcc, fcc.size())));
-  EXPECT_FALSE(is_fcc(Table(fcc, fcc.size() - 1)));
+  // A claimed length that ends inside of the content does not cut it; the bytes' end does.
+  EXPECT_TRUE(is_fcc(Table(fcc, fcc.size() - 1)));
+  EXPECT_FALSE(is_fcc(Table(fcc.substr(0, fcc.size() - 1), fcc.size())));
 }
 Bytes Utf16(std::u16string_view text) {
   return {reinterpret_cast<const char*>(text.data()), text.size() * 2};

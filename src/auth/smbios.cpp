@@ -48,8 +48,8 @@ SmbiosTable::SmbiosTable(std::span<const std::byte> table)
 uint8_t SmbiosTable::At(size_t offset) const { return ByteAt(m_bytes, offset); }
 
 std::span<const std::byte> SmbiosTable::Bytes(size_t offset, size_t count) const {
-  if (offset >= m_end) return {};
-  return m_bytes.subspan(offset, std::min(count, m_end - offset));
+  if (offset >= m_bytes.size()) return {};
+  return m_bytes.subspan(offset, std::min(count, m_bytes.size() - offset));
 }
 
 std::string_view SmbiosTable::Text(size_t offset) const {
@@ -90,9 +90,9 @@ std::optional<FccContent> FindFccContent(const SmbiosTable& table) {
     if (structure.length != kFccLength) break;
     const size_t first = structure.offset + kFccDataOffset;
     size_t last = first;
-    while (last + 1 < table.End() && !table.IsDoubleZero(last)) ++last;
-    const bool closed = last + 1 < table.End();
-    if (!closed) last = std::max(first, table.End());
+    while (last + 1 < table.Size() && !table.IsDoubleZero(last)) ++last;
+    const bool closed = last + 1 < table.Size();
+    if (!closed) last = std::max(first, table.Size());
     return FccContent{.offset = first, .length = last - first, .closed = closed};
   }
   return std::nullopt;

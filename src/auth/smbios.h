@@ -26,10 +26,12 @@ class SmbiosTable {
 
   // The end of the structures: `Length`, or less when the table is cut short.
   size_t End() const { return m_end; }
+  // All bytes that were delivered; a content that begins before the end may pass it.
+  size_t Size() const { return m_bytes.size(); }
   uint8_t At(size_t offset) const;
   // True at two zero bytes, which end a structure.
   bool IsDoubleZero(size_t offset) const { return At(offset) == 0 && At(offset + 1) == 0; }
-  // At most `count` bytes from `offset` on, fewer at the end of the structures.
+  // At most `count` bytes from `offset` on, fewer at the end of the bytes.
   std::span<const std::byte> Bytes(size_t offset, size_t count) const;
   // The text at `offset`, up to its NUL or the end of the table.
   std::string_view Text(size_t offset) const;
@@ -58,7 +60,7 @@ std::string_view ResolveString(const SmbiosTable& table, const SmbiosStructure& 
 // What the structure that declares FCC mode carries: its data byte and strings.
 struct FccContent {
   size_t offset = 0;
-  size_t length = 0;    // up to the closing double zero, or the end without one
+  size_t length = 0;    // up to the closing double zero, or the end of the bytes without one
   bool closed = false;  // the double zero is there
 };
 

@@ -69,7 +69,7 @@ std::optional<std::string> SmbiosReference::FccContent() const {
   const auto fcc = std::ranges::find(m_structures, 133, &Found::type);
   if (fcc == m_structures.end() || fcc->length != 5) return std::nullopt;
   const size_t zeros = m_all.find(kDoubleZero, fcc->at + 4);
-  if (zeros + 1 >= m_end || zeros == std::string::npos) return std::nullopt;
+  if (zeros == std::string::npos) return std::nullopt;
   return m_all.substr(fcc->at + 4, zeros - (fcc->at + 4));
 }
 
