@@ -9,9 +9,10 @@ class CFuncTrace {
  public:
   // Writes the entry line. Names longer than 1023 characters are cut.
   explicit CFuncTrace(const char* pszFuncName);
-  // Writes the exit line, unless dismissed or left by an exception: no scope is
-  // left by an exception that anybody handles, and one that nobody handles ends
-  // the process without unwinding on the platform, so there the line never comes.
+  // Writes the exit line, unless dismissed or left by an exception. One that nobody
+  // handles ends the process without unwinding on the platform, so that the line
+  // never comes; the only other one is a lack of memory in an account handler,
+  // which the handler's caller is told of.
   ~CFuncTrace();
   CFuncTrace(const CFuncTrace&) = delete;
   CFuncTrace& operator=(const CFuncTrace&) = delete;

@@ -91,23 +91,31 @@ bool HasVendorService(platform::Modem& modem) {
   return found;
 }
 
-// Null, and a line at `failure_level`, when service or session cannot be had.
-std::shared_ptr<platform::CommandSession> OpenSession(platform::Modem& modem, const char* name,
-                                                      int failure_level) {
+// The service is released only after its session has been closed.
+struct Channel {
+  std::shared_ptr<platform::DeviceService> service;
+  std::shared_ptr<platform::CommandSession> session;
+};
+
+// No session, and a line at `failure_level`, when service or session cannot be had.
+Channel OpenChannel(platform::Modem& modem, const char* name, int failure_level) {
   CLogger& logger = CLogger::GetInstance();
+  Channel channel;
   LogInfo(name, "+Get GetDeviceService");
-  const std::shared_ptr<platform::DeviceService> service = modem.GetDeviceService(kVendorService);
+  channel.service = modem.GetDeviceService(kVendorService);
   LogInfo(name, "-Get GetDeviceService");
-  if (service == nullptr) {
+  if (channel.service == nullptr) {
     logger.WriteLog(failure_level, name, "GetDeviceService() failed. qbi_uuid =%s",
                     kVendorServiceText);
-    return nullptr;
+    return channel;
   }
   LogInfo(name, "+OpenCommandSession");
-  std::shared_ptr<platform::CommandSession> session = service->OpenCommandSession();
+  channel.session = channel.service->OpenCommandSession();
   LogInfo(name, "-OpenCommandSession");
-  if (session == nullptr) logger.WriteLog(failure_level, name, "OpenCommandSession() failed.");
-  return session;
+  if (channel.session == nullptr) {
+    logger.WriteLog(failure_level, name, "OpenCommandSession() failed.");
+  }
+  return channel;
 }
 
 std::shared_ptr<platform::DataBuffer> MakePayload(std::span<const uint8_t> bytes) {
@@ -214,9 +222,8 @@ bool CMbnWinRtHelper::GetMbimCfun(int32_t& cfun, bool& exceptionRaised) {
       trace.Dismiss();
       return false;
     }
-    const std::shared_ptr<platform::CommandSession> session =
-        OpenSession(*modem, kGetName, kLogError);
-    return session != nullptr && QueryCfun(*session, cfun);
+    const Channel channel = OpenChannel(*modem, kGetName, kLogError);
+    return channel.session != nullptr && QueryCfun(*channel.session, cfun);
   } catch (...) {
     exceptionRaised = true;
     LogException(kLogError, kGetName);
@@ -232,9 +239,8 @@ bool CMbnWinRtHelper::SetMbimCfun(bool& exceptionRaised) {
   try {
     const std::shared_ptr<platform::Modem> modem = GetModem(kSetName);
     if (modem == nullptr) return false;
-    const std::shared_ptr<platform::CommandSession> session =
-        OpenSession(*modem, kSetName, kLogInfo);
-    return session != nullptr && SendCfun(*session);
+    const Channel channel = OpenChannel(*modem, kSetName, kLogInfo);
+    return channel.session != nullptr && SendCfun(*channel.session);
   } catch (...) {
     exceptionRaised = true;
     LogException(kLogInfo, kSetName);

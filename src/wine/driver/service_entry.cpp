@@ -7,6 +7,7 @@ namespace nuvelta::wine {
 namespace {
 
 constexpr DWORD kEndPatienceMs = 10000;
+constexpr DWORD kRetryMs = 20;
 
 SERVICE_STATUS_PROCESS StatusOf(SC_HANDLE service) {
   SERVICE_STATUS_PROCESS status{};
@@ -24,10 +25,19 @@ ServiceEntry::ServiceEntry(const std::string& key, const std::filesystem::path& 
     : m_manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)) {
   const std::wstring name = Wide(key);
   const std::wstring path = L"\"" + executable.wstring() + L"\"";
-  m_service.reset(CreateServiceW(m_manager.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS,
-                                 SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START,
-                                 SERVICE_ERROR_NORMAL, path.c_str(), nullptr, nullptr, nullptr,
-                                 nullptr, nullptr));
+  const auto create = [&] {
+    return CreateServiceW(m_manager.get(), name.c_str(), name.c_str(), SERVICE_ALL_ACCESS,
+                          SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL,
+                          path.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr);
+  };
+  m_service.reset(create());
+  // An entry that was just deleted stays until its process's end has been noted.
+  for (DWORD waited = 0; m_service == nullptr && waited < kEndPatienceMs &&
+                         GetLastError() == ERROR_SERVICE_MARKED_FOR_DELETE;
+       waited += kRetryMs) {
+    Sleep(kRetryMs);
+    m_service.reset(create());
+  }
   if (m_service == nullptr) {
     throw std::runtime_error("the service cannot be created: error " +
                              std::to_string(GetLastError()));
