@@ -131,6 +131,7 @@ void Scheduler::SwitchAway(std::unique_lock<std::mutex>& lock, Thread& thread) {
 
 void Scheduler::Dispatch() {
   if (!m_started) return;
+  if (m_on_step && m_running == 0) m_on_step();
   for (;;) {
     if (m_mode == Mode::kDeterministic && m_running > 0) return;
     const std::vector<Thread*> candidates = Candidates();
@@ -349,6 +350,11 @@ void Scheduler::AwaitLastOfProcess(uint32_t process) {
   last.scheduler = this;
   last.process = process;
   Wait(last, std::nullopt);
+}
+
+void Scheduler::OnStep(std::function<void()> observer) {
+  const std::lock_guard lock(t_scheduler->m_mutex);
+  t_scheduler->m_on_step = std::move(observer);
 }
 
 uint32_t Scheduler::CurrentThread() {

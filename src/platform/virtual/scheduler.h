@@ -100,6 +100,12 @@ class Scheduler {
   // What the exception being handled says of itself.
   static std::string DescribeCurrentException();
 
+  // For checks in the deterministic mode, from a scheduled thread: `observer` is
+  // called at every hand-over from now on, by the thread that gives up its turn,
+  // before the next one is picked. It runs under the scheduler's lock and may call
+  // only what is static here. Null ends it.
+  static void OnStep(std::function<void()> observer);
+
   // How often a thread was picked.
   uint64_t Steps() const { return m_steps.load(std::memory_order_relaxed); }
 
@@ -131,6 +137,7 @@ class Scheduler {
   bool m_started = false;
   std::string m_deadlock;
   std::function<void(const std::string&, const std::string&)> m_on_escape;
+  std::function<void()> m_on_step;
 };
 
 }  // namespace nuvelta::virtual_notebook

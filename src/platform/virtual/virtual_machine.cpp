@@ -150,7 +150,7 @@ void VirtualMachine::OnCrash(const std::string& thread, const std::string& what)
 void VirtualMachine::KillService(uint32_t process) {
   if (m_parts->current != process || process == 0) return;
   // A thread that is killed before its first step would leave no trace of the end.
-  if (!m_parts->begun.begun) m_parts->scheduler.Wait(m_parts->begun, std::nullopt);
+  m_parts->scheduler.Wait(m_parts->begun, std::nullopt);
   m_program.mute();
   m_parts->scheduler.KillProcess(process);
   m_parts->scheduler.Wait(m_parts->ended, std::nullopt);

@@ -1,0 +1,20 @@
+// What the task engine and the logger keep to themselves, for checks between two
+// steps, when no thread of the service runs.
+#pragma once
+
+#include <vector>
+
+#include "apps/explore/task_watch.h"
+
+namespace nuvelta {
+class CTaskManager;
+}
+
+namespace nuvelta::explore {
+
+// The queued tasks of every level.
+std::vector<TaskState> QueuedTasks(const CTaskManager& manager);
+
+bool IsLoggerFree();
+
+}  // namespace nuvelta::explore

@@ -1,0 +1,47 @@
+// Entry and exit lines nest, thread by thread, but for the places at which an exit
+// line is deliberately missing, written twice, or written without an entry.
+#pragma once
+
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "apps/explore/findings.h"
+#include "apps/explore/log_lines.h"
+
+namespace nuvelta::explore {
+
+class TraceRules {
+ public:
+  explicit TraceRules(Findings& findings) : m_findings(findings) {}
+
+  void Take(const LogLine& line);
+
+ private:
+  struct Scope {
+    std::string_view name;
+    bool has_task = false;  // a getTask that is about to return one
+    bool exits_twice = false;
+  };
+  struct Thread {
+    std::vector<Scope> scopes;
+    bool owes_exit = false;  // IsDisableVerify's, which has no entry line
+  };
+
+  void Enter(Thread& thread, std::string_view name);
+  void Exit(Thread& thread, std::string_view name);
+  void TakeMessage(Thread& thread, std::string_view text);
+  void LeaveGetTask(Thread& thread);
+  void CheckPlace(const Thread& thread, std::string_view name);
+  void Break(const char* rule, std::string_view name);
+
+  Findings& m_findings;
+  std::map<std::string_view, Thread> m_threads;
+  bool m_constructed = false;
+  bool m_watcher_set_up = false;
+};
+
+// The first line of every process.
+bool IsProcessStart(const LogLine& line);
+
+}  // namespace nuvelta::explore
