@@ -90,6 +90,16 @@ TEST(Failures, OfTheSystemInformationCallGoToStandardOutput) {
   EXPECT_EQ(told.Count("NtQuery"), 0U);
 }
 
+// The radio is what counts: a service that cannot write its log does its work.
+TEST(Failures, OfTheLogFileGoToStandardOutput) {
+  Scenario scenario = Shipped("healthy_arrival");
+  scenario.notebook.environment["programdata"] = "C:\\" + std::string(300, 'x');
+  const StoryReport report = Tell(scenario).report;
+  EXPECT_EQ(report.standard_output.find("no service log: "), 0U) << report.standard_output;
+  EXPECT_EQ(States(report), "2 4 3 1");
+  EXPECT_EQ(report.radio_after, 1);
+}
+
 TEST(Failures, OfTheServiceManagerLeaveTheServiceNameless) {
   const Told told = Tell(Inline(R"({
     'notebook': {'modem': {'query': [{'hresult': '0x8007001F', 'times': 4}]}},
