@@ -235,5 +235,25 @@ TEST(StoryHost, LeavesAnEmptyFileWithTheLogSwitchedOff) {
   EXPECT_EQ(LogFilesAfter("logging_off"), empty);
 }
 
+// With these seeds the main thread is about to begin the worker.
+TEST(StoryHost, EndsAProcessThatIsKilledAtItsStart) {
+  const Scenario scenario =
+      Inline("{'events': [{'at': 0, 'do': 'start'}, {'at': 0.031, 'do': 'kill'}]}");
+  for (uint64_t seed = 31000; seed < 31020; ++seed) {
+    EXPECT_EQ(Tell(scenario, seed).report.deadlock, "") << seed;
+  }
+}
+
+// A service that fails for ever restarts itself for ever; the story ends all the same.
+TEST(StoryHost, EndsAStoryInTheMiddleOfARestart) {
+  Scenario scenario = Inline(R"({'faults': [{'call': 'DataWriter::WriteBytes', 'bad_alloc': true,
+      'count': 'always'}]})");
+  for (int ms = 8000; ms < 9500; ms += 25) {
+    scenario.rest_within = std::chrono::milliseconds(ms);
+    const StoryReport report = Tell(scenario).report;
+    EXPECT_LE(report.processes.size(), 2U) << ms;
+  }
+}
+
 }  // namespace
 }  // namespace nuvelta::test

@@ -101,6 +101,8 @@ void VirtualMachine::StopService() {
 // the control, or does not end, is ended from outside, and the story says so.
 void VirtualMachine::EndStory() {
   Parts& parts = *m_parts;
+  // A restart that is under way would begin a process that nobody ends.
+  parts.scheduler.Change([&] { parts.over = true; });
   const uint32_t process = parts.current;
   if (process == 0) return;
   if (!m_scenario.stop_at_end) return KillService(process);

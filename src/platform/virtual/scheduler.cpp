@@ -56,6 +56,8 @@ uint32_t Scheduler::Spawn(std::string name, uint32_t process, std::function<void
   thread->id = m_next_id++;
   thread->process = process;
   thread->body = std::move(body);
+  // Its maker has not come to a step since, and does not know yet.
+  thread->killed = process != 0 && process == m_killed_process;
   Thread& added = *thread;
   m_threads.push_back(std::move(thread));
   added.native = std::thread([this, &added] { ThreadMain(added); });
@@ -322,6 +324,7 @@ void Scheduler::Change(const std::function<void()>& change) noexcept {
 
 void Scheduler::KillProcess(uint32_t process) {
   const std::lock_guard lock(m_mutex);
+  m_killed_process = process;
   for (const auto& thread : m_threads) {
     if (thread->process != process || thread.get() == t_thread || thread->reprieved) continue;
     thread->killed = true;

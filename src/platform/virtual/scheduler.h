@@ -135,6 +135,7 @@ class Scheduler {
   uint32_t m_running = 0;
   uint32_t m_next_id = 1;
   bool m_started = false;
+  uint32_t m_killed_process = 0;  // the last one
   std::string m_deadlock;
   std::function<void(const std::string&, const std::string&)> m_on_escape;
   std::function<void()> m_on_step;

@@ -88,15 +88,17 @@ StoryReport VirtualMachine::RunProcess(std::function<void()> body) {
 void VirtualMachine::StartService() {
   Parts& parts = *m_parts;
   uint32_t process = 0;
+  bool over = false;
   parts.scheduler.Change([&] {
-    if (parts.current != 0) return;
+    over = parts.over;
+    if (parts.current != 0 || over) return;
     parts.current = process = parts.next_process;
     parts.next_process += 0x24;
     parts.begun.begun = false;
     parts.ended.ended = false;
   });
   if (process == 0) {
-    Note("start: the service is already running");
+    if (!over) Note("start: the service is already running");
     return;
   }
   parts.service_control.BeginProcess(process);
