@@ -29,7 +29,7 @@ void LogBootTime() {
     return;
   }
   // SYSTEM_TIMEOFDAY_INFORMATION begins with the boot time.
-  std::array<std::byte, 32> information{};
+  alignas(int64_t) std::array<std::byte, 32> information{};  // or the system refuses it
   if (system.NtQuerySystemInformation(platform::kSystemTimeOfDayInformation, information) != 0) {
     platform::Os().environment.WriteStandardOutput("NtQuerySystemInformation Failed!\n");
     return;
