@@ -43,6 +43,8 @@ std::vector<TaskState> QueuedTasks(const CTaskManager& manager) {
   return tasks;
 }
 
+std::set<TaskElement>& Levels(CTaskManager& manager) { return manager.*Open(Queue{}); }
+
 bool IsLoggerFree() {
   // The thread that asks may be the owner, which std::mutex::try_lock forbids and
   // POSIX allows.

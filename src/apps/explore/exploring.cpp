@@ -25,6 +25,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// A sanitizer's records of threads that have ended slow a process down over time.
+constexpr uint64_t kLivesPerProcess = 2000;
+constexpr int kAfresh = 77;  // the exit code of a worker that wants another in its place
+
 // One worker's progress, in memory that it shares with its parent. Lives are dealt
 // out in turn: worker w of n plays lives w, w + n, w + 2n and so on.
 struct Progress {
@@ -102,6 +106,8 @@ class Workers {
       const auto worker = static_cast<unsigned>(found - processes.begin());
       if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         --running;
+      } else if (WIFEXITED(status) && WEXITSTATUS(status) == kAfresh) {
+        *found = Begin(worker);
       } else {
         // It died of the life at hand; another goes on behind that.
         m_progress[worker].AddFailure(m_options.first_seed + m_progress[worker].next);
@@ -129,7 +135,9 @@ class Workers {
   }
 
   void PlayLives(Progress& progress) {
+    uint64_t left = kLivesPerProcess;
     for (; progress.next < m_options.lives && !IsOver(); progress.next += m_options.jobs) {
+      if (left-- == 0) std::_Exit(kAfresh);
       const uint64_t seed = m_options.first_seed + progress.next;
       const LifeReport report = PlayLife(ReadLife(MakeLife(seed)), m_options.free_running);
       if (!report.broken.empty()) progress.AddFailure(seed);

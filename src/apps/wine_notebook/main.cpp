@@ -32,8 +32,8 @@ int main(int argc, char** argv) {
       app.add_subcommand("parity", "Play scenarios also on the virtual notebook, and compare");
   parity->add_option("FILE", files, "Scenario files")->required();
   std::vector<std::string> arguments;
-  CLI::App* drive =
-      app.add_subcommand("driver", "Run service_driver.exe itself: cycles N, start-times EXE OTHER N");
+  CLI::App* drive = app.add_subcommand(
+      "driver", "Run service_driver.exe itself: cycles N, start-times EXE OTHER N");
   drive->add_option("ARGUMENT", arguments, "Its arguments")->required();
   CLI::App* clean = app.add_subcommand("clean", "Undo what an interrupted story has left");
   for (CLI::App* command : {run, parity, drive, clean}) command->fallthrough();
