@@ -10,10 +10,13 @@
 #include <functional>
 #include <map>
 #include <new>
+#include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "apps/explore/engine_view.h"
 #include "apps/story/story.h"
 #include "auth/systeminfo.h"
 #include "bench_support.h"
@@ -84,12 +87,34 @@ void TracePair(long times, long /*size*/) {
   WithLogger([&] { Repeat(times, [] { const CFuncTrace trace("CTaskManager::addTask"); }); });
 }
 
-// A task that a queue of `size` others of its priority holds at its end already.
+// A queue of `size` tasks of one priority. Added one by one, a hundred thousand
+// would be compared five thousand million times.
+std::set<TaskElement>& FilledQueue(CTaskManager& manager, long size) {
+  TaskElement level;
+  for (long i = 1; i <= size; ++i) level.lstTask.push_back(NewTask(static_cast<int32_t>(i)));
+  std::set<TaskElement>& levels = explore::Levels(manager);
+  levels.insert(std::move(level));
+  return levels;
+}
+
+// A task that the queue holds at its end already.
 void MergeTask(long times, long size) {
   WithLogger([&] {
-    CTaskManager* manager = CTaskManager::GetTaskManagerInstance();
-    for (long i = 1; i <= size; ++i) manager->addTask(NewTask(static_cast<int32_t>(i)));
-    Repeat(times, [&] { manager->addTask(NewTask(static_cast<int32_t>(size))); });
+    CTaskManager& manager = *CTaskManager::GetTaskManagerInstance();
+    FilledQueue(manager, size);
+    Repeat(times, [&] { manager.addTask(NewTask(static_cast<int32_t>(size))); });
+  });
+}
+
+// What a merge would cost more if it copied the level out of the queue.
+void CopyLevel(long times, long size) {
+  WithLogger([&] {
+    std::set<TaskElement>& levels = FilledQueue(*CTaskManager::GetTaskManagerInstance(), size);
+    Repeat(times, [&] {
+      TaskElement level = *levels.begin();
+      levels.erase(levels.begin());
+      levels.insert(std::move(level));
+    });
   });
 }
 
@@ -153,6 +178,29 @@ void Retention(long times, long /*size*/) {
   std::printf("%.0f %.0f\n", Median(ours), Median(theirs));
 }
 
+// How often the process's threads have waited so far.
+long Waits() {
+  long waits = 0;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream status(thread.path() / "status");
+    for (std::string word; status >> word;) {
+      if (long count = 0; word == "voluntary_ctxt_switches:" && status >> count) waits += count;
+    }
+  }
+  return waits;
+}
+
+// Prints how often the threads of an open log, on which nothing is written, wake up
+// in `seconds`. The service's own threads wait without an end.
+void IdleWakeUps(long seconds, long /*size*/) {
+  WithLogger([&] {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    const long before = Waits();
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    std::printf("%ld\n", Waits() - before - 1);  // but for the sleep above
+  });
+}
+
 // The table as a tool on a dump expects it, on standard output.
 void DumpSmbios(long /*times*/, long /*size*/) {
   const std::vector<uint8_t> dump = SmbiosDump(FourKilobytes());
@@ -165,9 +213,9 @@ void DumpSmbios(long /*times*/, long /*size*/) {
 int main(int argc, char** argv) {
   using namespace nuvelta::bench;
   const std::map<std::string, void (*)(long, long)> cases{
-      {"write_log", WriteLog},     {"trace_pair", TracePair},   {"merge", MergeTask},
-      {"read_smbios", ReadSmbios}, {"healthy_job", HealthyJob}, {"retention", Retention},
-      {"dump_smbios", DumpSmbios}};
+      {"write_log", WriteLog},   {"trace_pair", TracePair},   {"merge", MergeTask},
+      {"copy_level", CopyLevel}, {"read_smbios", ReadSmbios}, {"healthy_job", HealthyJob},
+      {"retention", Retention},  {"dump_smbios", DumpSmbios}, {"idle_wake_ups", IdleWakeUps}};
   const auto found = argc >= 3 ? cases.find(argv[1]) : cases.end();
   if (found == cases.end()) {
     std::fprintf(stderr, "usage: nuvelta_counts CASE N [SIZE], CASE one of:");
