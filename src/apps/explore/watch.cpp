@@ -112,7 +112,7 @@ struct WatchedProcess {
 
 }  // namespace
 
-Program WatchedProgram(Findings& findings, Counts& counts, CommandWatch::Allowed allowed,
+Program WatchedProgram(Findings& findings, Counts& counts, const CommandWatch::Allowed& allowed,
                        std::chrono::system_clock::time_point start) {
   Program program = story::ServiceProgram();
   const auto process = std::make_shared<std::unique_ptr<WatchedProcess>>();

@@ -63,7 +63,7 @@ class Watch {
 // The service's program, with every process of it under watch. The findings and
 // the counts must outlive the program.
 virtual_notebook::Program WatchedProgram(Findings& findings, Counts& counts,
-                                         CommandWatch::Allowed allowed,
+                                         const CommandWatch::Allowed& allowed,
                                          std::chrono::system_clock::time_point start);
 
 }  // namespace nuvelta::explore

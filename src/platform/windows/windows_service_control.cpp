@@ -126,8 +126,23 @@ class Win32ServiceControl final : public platform::ServiceControl {
     native.lpFile = WideChars(info.lpFile.data());
     native.lpParameters = WideChars(info.lpParameters.data());
     native.nShow = info.nShow;
-    return ::ShellExecuteExW(&native) != FALSE;
+    const auto execute = FindShellExecute();
+    return execute != nullptr && execute(&native) != FALSE;
   }
+
+ private:
+  // Loaded for a restart alone, and kept: the shell brings two more libraries, which
+  // would be a quarter of all that the process loads at its start.
+  decltype(&::ShellExecuteExW) FindShellExecute() {
+    if (m_shell == nullptr) {
+      m_shell = LoadLibraryExW(L"shell32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    }
+    if (m_shell == nullptr) return nullptr;
+    return reinterpret_cast<decltype(&::ShellExecuteExW)>(
+        reinterpret_cast<void*>(GetProcAddress(m_shell, "ShellExecuteExW")));
+  }
+
+  HMODULE m_shell = nullptr;  // used by the worker only
 };
 
 }  // namespace

@@ -3,6 +3,8 @@
 // executable's first instruction.
 #pragma once
 
+#include <windows.h>
+
 namespace nuvelta::wine {
 
 void InstallThreadHooks();
@@ -12,5 +14,8 @@ void InstallAnswerHooks();
 void InstallPrefixHooks();
 void InstallFaultHooks();
 void InstallRuntimeFaultHooks();
+
+// The service looks this one up when it needs it: what it is to find instead.
+FARPROC SubstituteShellExecute(FARPROC original);
 
 }  // namespace nuvelta::wine

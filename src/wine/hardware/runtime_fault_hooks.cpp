@@ -52,6 +52,9 @@ LONG NTAPI Query(ULONG information_class, void* information, ULONG size, ULONG* 
 }
 
 FARPROC WINAPI LookUp(HMODULE library, const char* name) {
+  if (!IS_INTRESOURCE(name) && std::strcmp(name, "ShellExecuteExW") == 0) {
+    return SubstituteShellExecute(g_look_up(library, name));
+  }
   if (IS_INTRESOURCE(name) || std::strcmp(name, "NtQuerySystemInformation") != 0) {
     return g_look_up(library, name);
   }

@@ -164,12 +164,16 @@ BOOL WINAPI Execute(SHELLEXECUTEINFOW* info) {
 
 }  // namespace
 
+FARPROC SubstituteShellExecute(FARPROC original) {
+  g_execute = reinterpret_cast<decltype(&ShellExecuteExW)>(reinterpret_cast<void*>(original));
+  return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(Execute));
+}
+
 void InstallServiceHooks() {
   g_dispatch = Replace("advapi32.dll", "StartServiceCtrlDispatcherW", StartDispatcher);
   g_register_handler = Replace("advapi32.dll", "RegisterServiceCtrlHandlerExW", RegisterHandler);
   g_set_status = Replace("advapi32.dll", "SetServiceStatus", SetStatus);
   g_open_manager = Replace("advapi32.dll", "OpenSCManagerW", OpenManager);
-  g_execute = Replace("shell32.dll", "ShellExecuteExW", Execute);
   Replace("user32.dll", "RegisterPowerSettingNotification", RegisterPowerSetting);
   Replace("user32.dll", "RegisterSuspendResumeNotification", RegisterSuspendResume);
   Replace("user32.dll", "RegisterDeviceNotificationW", RegisterDevice);
