@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -65,10 +66,8 @@ fs::path Follow(ChildProcess& driver, const WinePrefix& prefix,
   return log_folder;
 }
 
-}  // namespace
-
-WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
-                        const std::function<void(const std::string&)>& print) {
+WineStory PlayOnce(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                   const std::function<void(const std::string&)>& print) {
   prefix.SetTimeZone(scenario.time_zone);
   setenv("TZ", scenario.time_zone.c_str(), 1);
   tzset();
@@ -91,6 +90,26 @@ WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scena
     story.log += story::ReadFile(log);
   }
   return story;
+}
+
+// On a busy machine Wine's manager may fail to start a process at all, once in some
+// hundred starts, with ERROR_INTERNAL_ERROR; the service has not begun then.
+bool IsManagersFault(const std::exception& error) {
+  return std::string_view(error.what()).ends_with("the service cannot be started: error 1359");
+}
+
+}  // namespace
+
+WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                        const std::function<void(const std::string&)>& print) {
+  try {
+    return PlayOnce(prefix, file, scenario, print);
+  } catch (const std::runtime_error& error) {
+    if (!IsManagersFault(error)) throw;
+  }
+  std::fprintf(stderr, "Wine's service manager failed (error 1359); the story begins again\n");
+  prefix.End();
+  return PlayOnce(prefix, file, scenario, print);
 }
 
 }  // namespace nuvelta::wine_notebook
