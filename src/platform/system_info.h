@@ -25,8 +25,8 @@ class SystemInformation {
   // LoadLibraryW("ntdll.dll") and GetProcAddress("NtQuerySystemInformation"),
   // kept for the call below; false when not found.
   virtual bool LookUpNtQuerySystemInformation() = 0;
-  // Fills at most `buffer`, which has to be aligned as 64-bit numbers are; returns an NTSTATUS, 0
-  // on success.
+  // Fills at most `buffer`, which has to be aligned as 64-bit numbers are. Returns an
+  // NTSTATUS, 0 on success.
   virtual uint32_t NtQuerySystemInformation(uint32_t information_class,
                                             std::span<std::byte> buffer) = 0;
   virtual bool FileTimeToLocalFileTime(FileTime utc, FileTime& local) = 0;

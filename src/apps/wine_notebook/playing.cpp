@@ -92,8 +92,8 @@ WineStory PlayOnce(WinePrefix& prefix, const std::string& file, const Scenario& 
   return story;
 }
 
-// On a busy machine Wine's manager may fail to start a process at all, once in some
-// hundred starts, with ERROR_INTERNAL_ERROR; the service has not begun then.
+// Wine's manager may fail to start a process at all, with ERROR_INTERNAL_ERROR. It was
+// seen on a busy machine; the driver says so only when the service has not begun.
 bool IsManagersFault(const std::exception& error) {
   return std::string_view(error.what()).ends_with("the service cannot be started: error 1359");
 }

@@ -131,8 +131,8 @@ class Win32ServiceControl final : public platform::ServiceControl {
   }
 
  private:
-  // Loaded for a restart alone, and kept: the shell brings two more libraries, which
-  // would be a quarter of all that the process loads at its start.
+  // Loaded for a restart alone, and kept: the shell brings two more libraries, and
+  // every start would wait for all three.
   decltype(&::ShellExecuteExW) FindShellExecute() {
     if (m_shell == nullptr) {
       m_shell = LoadLibraryExW(L"shell32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);

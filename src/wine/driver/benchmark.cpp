@@ -66,7 +66,7 @@ std::optional<double> TimedStart(const ServiceEntry& service) {
     const auto spent = Clock::now() - begin;
     if (state == SERVICE_RUNNING) return std::chrono::duration<double, std::milli>(spent).count();
     if (state == SERVICE_STOPPED || spent > kPatience) return {};
-    Sleep(1);  // asking without a pause would slow down what is measured
+    Sleep(1);  // or the asking keeps a processor busy
   }
 }
 
