@@ -20,6 +20,7 @@ SmbiosReference::SmbiosReference(Bytes table) : m_all(Input::TextOf(table)) {
   const size_t claimed =
       size_t{Byte(4)} | size_t{Byte(5)} << 8U | size_t{Byte(6)} << 16U | size_t{Byte(7)} << 24U;
   m_end = kHeader + std::min(claimed, std::max(m_all.size(), kHeader) - kHeader);
+  m_delivered = m_all.size();
   m_all += kDoubleZero;
   for (size_t at = kHeader; at < m_end;) {
     const uint8_t length = at + 1 < m_end ? Byte(at + 1) : uint8_t{0};
@@ -54,7 +55,7 @@ std::string SmbiosReference::Field(const std::optional<Found>& structure, size_t
 }
 
 std::string SmbiosReference::Uuid(const std::optional<Found>& structure) const {
-  if (!structure || structure->at + 0x18 > m_end) return {};
+  if (!structure || structure->at + 0x18 > m_delivered) return {};
   std::string text;
   for (size_t i = 0; i < 16; ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
@@ -69,7 +70,7 @@ std::optional<std::string> SmbiosReference::FccContent() const {
   const auto fcc = std::ranges::find(m_structures, 133, &Found::type);
   if (fcc == m_structures.end() || fcc->length != 5) return std::nullopt;
   const size_t zeros = m_all.find(kDoubleZero, fcc->at + 4);
-  if (zeros == std::string::npos) return std::nullopt;
+  if (zeros == std::string::npos || zeros + 1 >= m_delivered) return std::nullopt;
   return m_all.substr(fcc->at + 4, zeros - (fcc->at + 4));
 }
 

@@ -38,8 +38,9 @@ class SmbiosReference {
   }
 
  private:
-  std::string m_all;  // with two zeros behind it, so that searches come to an end
-  size_t m_end = 0;   // of the structures
+  std::string m_all;       // with two zeros behind it, so that searches come to an end
+  size_t m_delivered = 0;  // bytes without those
+  size_t m_end = 0;        // of the structures
   std::vector<Found> m_structures;
 };
 
