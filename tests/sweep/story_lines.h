@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "story_support.h"
@@ -11,7 +10,6 @@
 namespace nuvelta::test {
 
 struct StoryLine {
-  std::string time;
   std::string thread;
   std::string scope;  // the innermost one open on the thread, empty for none
   std::string text;   // "i :   NService::Run entry"
@@ -19,13 +17,9 @@ struct StoryLine {
 
 struct StoryLines {
   std::vector<StoryLine> lines;
-  std::vector<std::string> faults;  // of form: no line at all, times that run
-                                    // backwards, scopes closed that were not open
+  std::vector<std::string> faults;  // of form: no line at all, times that run backwards
 };
 
 StoryLines ReadLines(const Told& told);
-
-// Whether `text` is `pattern`, or begins with it where the pattern ends in "*".
-bool Fits(std::string_view text, std::string_view pattern);
 
 }  // namespace nuvelta::test

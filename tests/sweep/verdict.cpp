@@ -6,9 +6,10 @@
 #include <regex>
 #include <set>
 
+#include "apps/explore/log_lines.h"
+#include "apps/explore/playing.h"
 #include "consequences.h"
 #include "story_lines.h"
-#include "task_rules.h"
 
 namespace nuvelta::test {
 
@@ -46,7 +47,9 @@ class Verdict {
     CheckFired();
     CheckThereIsALog();
     m_wrong.insert(m_wrong.end(), m_after.faults.begin(), m_after.faults.end());
-    for (const std::string& broken : BrokenTaskRules(m_after.lines)) m_wrong.push_back(broken);
+    for (const std::string& broken : explore::CheckLog(m_faulted.told.log, false)) {
+      m_wrong.push_back(broken);
+    }
     CheckStates();
     CheckCommands();
     const Outcome outcome = CheckFirstTrace();
@@ -187,7 +190,7 @@ class Verdict {
       if (at == after.size() || after[at].scope != row.scope) continue;
       if (following.size() < row.lines.size()) continue;
       if (std::equal(row.lines.begin(), row.lines.end(), following.begin(),
-                     [](auto pattern, const auto& text) { return Fits(text, pattern); })) {
+                     [](auto pattern, const auto& text) { return explore::Fits(text, pattern); })) {
         return row.outcome;
       }
     }

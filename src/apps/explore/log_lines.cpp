@@ -1,5 +1,7 @@
 #include "apps/explore/log_lines.h"
 
+#include <charconv>
+
 #include "apps/story/text_shape.h"
 
 namespace nuvelta::explore {
@@ -32,6 +34,20 @@ std::vector<LogLine> ParseLog(std::string_view log) {
   }
   finish(log.size());
   return lines;
+}
+
+bool Fits(std::string_view text, std::string_view pattern) {
+  if (!pattern.ends_with('*')) return text == pattern;
+  return text.starts_with(pattern.substr(0, pattern.size() - 1));
+}
+
+std::optional<int64_t> NumberBehind(std::string_view text, std::string_view mark) {
+  const size_t at = text.find(mark);
+  if (at == std::string_view::npos) return {};
+  int64_t number = 0;
+  const char* const begin = text.data() + at + mark.size();
+  if (std::from_chars(begin, text.data() + text.size(), number).ec != std::errc()) return {};
+  return number;
 }
 
 }  // namespace nuvelta::explore

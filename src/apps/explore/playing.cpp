@@ -6,6 +6,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "apps/explore/decision_rules.h"
 #include "apps/explore/life.h"
 #include "apps/explore/log_lines.h"
 #include "apps/explore/permission.h"
@@ -98,9 +99,11 @@ void CheckEnd(const Scenario& life, const StoryReport& report, Findings& finding
 void CheckLogText(const std::string& log, bool free_running, Findings& findings) {
   TraceRules traces(findings);
   TaskRules tasks(findings, free_running ? TaskRules::Order::kLoose : TaskRules::Order::kExact);
+  DecisionRules decisions(findings);
   for (const LogLine& line : ParseLog(log)) {
     traces.Take(line);
     tasks.Take(line);
+    decisions.Take(line);
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 #include <string>
 
@@ -28,16 +27,6 @@ constexpr std::array<std::string_view, 6> kRetryLines{
 
 bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
-}
-
-// The number behind `mark`, if the line has the mark.
-std::optional<int64_t> NumberBehind(std::string_view text, std::string_view mark) {
-  const size_t at = text.find(mark);
-  if (at == std::string_view::npos) return {};
-  int64_t number = 0;
-  const char* const begin = text.data() + at + mark.size();
-  if (std::from_chars(begin, text.data() + text.size(), number).ec != std::errc()) return {};
-  return number;
 }
 
 }  // namespace

@@ -29,11 +29,10 @@ void TraceRules::Break(const char* rule, std::string_view name) {
   m_findings.Add("trace: " + std::string(rule) + ": " + std::string(name));
 }
 
-// It leaves no exit line when it returns a task.
-void TraceRules::LeaveGetTask(Thread& thread) {
-  if (thread.scopes.empty() || thread.scopes.back().name != kGetTask) return;
-  if (!thread.scopes.back().has_task) Break("no exit line though no task was there", kGetTask);
-  thread.scopes.pop_back();
+std::string_view TraceRules::Innermost(std::string_view thread) const {
+  const auto found = m_threads.find(thread);
+  if (found == m_threads.end() || found->second.scopes.empty()) return {};
+  return found->second.scopes.back().name;
 }
 
 void TraceRules::CheckPlace(const Thread& thread, std::string_view name) {
@@ -52,7 +51,6 @@ void TraceRules::CheckPlace(const Thread& thread, std::string_view name) {
 }
 
 void TraceRules::Enter(Thread& thread, std::string_view name) {
-  LeaveGetTask(thread);
   CheckPlace(thread, name);
   if (name != kCreateTask) thread.scopes.push_back({.name = name});
 }
@@ -63,13 +61,11 @@ void TraceRules::Exit(Thread& thread, std::string_view name) {
     thread.owes_exit = false;
     return;
   }
-  if (name != kGetTask) LeaveGetTask(thread);
   if (thread.scopes.empty() || thread.scopes.back().name != name) {
     Break("an exit line without its entry", name);
     return;
   }
   Scope& scope = thread.scopes.back();
-  if (scope.has_task) Break("an exit line though a task is returned", name);
   if (std::exchange(scope.exits_twice, false)) return;
   thread.scopes.pop_back();
 }
@@ -78,13 +74,11 @@ void TraceRules::TakeMessage(Thread& thread, std::string_view text) {
   if (text.starts_with("i :   find reg value is ")) thread.owes_exit = true;
   if (thread.scopes.empty()) return;
   Scope& scope = thread.scopes.back();
-  if (scope.name == kGetTask && text.starts_with("i :   find taskElement.type = ")) {
-    scope.has_task = true;
+  if ((scope.name == kGetTask && text.starts_with("i :   after  front list size = ")) ||
+      (scope.name == kGetCfun && text == "i :   module current version not support MA,return")) {
+    thread.scopes.pop_back();  // neither leaves an exit line when it returns there
   } else if (scope.name == kDoJob && text == "i :   MBIM Device is not exist.") {
     scope.exits_twice = true;
-  } else if (scope.name == kGetCfun &&
-             text == "i :   module current version not support MA,return") {
-    thread.scopes.pop_back();
   }
 }
 

@@ -16,11 +16,12 @@ class TraceRules {
   explicit TraceRules(Findings& findings) : m_findings(findings) {}
 
   void Take(const LogLine& line);
+  // The scope that the thread's next line is written in, empty for none.
+  std::string_view Innermost(std::string_view thread) const;
 
  private:
   struct Scope {
     std::string_view name;
-    bool has_task = false;  // a getTask that is about to return one
     bool exits_twice = false;
   };
   struct Thread {
@@ -31,7 +32,6 @@ class TraceRules {
   void Enter(Thread& thread, std::string_view name);
   void Exit(Thread& thread, std::string_view name);
   void TakeMessage(Thread& thread, std::string_view text);
-  void LeaveGetTask(Thread& thread);
   void CheckPlace(const Thread& thread, std::string_view name);
   void Break(const char* rule, std::string_view name);
 
