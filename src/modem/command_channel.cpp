@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <exception>
 #include <span>
+#include <string>
 
 #include "common/func_trace.h"
 #include "common/logger.h"
@@ -11,6 +12,7 @@
 #include "modem/projected.h"
 #include "platform/mobile_broadband.h"
 #include "platform/platform.h"
+#include "platform/text.h"
 
 namespace nuvelta {
 
@@ -71,6 +73,14 @@ GuidText ToText(const platform::Guid& id) {
   return text;
 }
 
+// The platform hands out wide text; one that cannot be converted is no match.
+bool IsVendorService(std::string_view id) {
+  const std::u16string wide(id.begin(), id.end());
+  std::string narrow(wide.size(), ' ');
+  const int written = platform::Os().text.WideCharToMultiByte(wide, narrow);
+  return written > 0 && EqualIgnoreCase(narrow, kVendorServiceText);
+}
+
 // Deliberately goes through the whole list even after a match: the log shows
 // every service.
 bool HasVendorService(platform::Modem& modem) {
@@ -80,11 +90,7 @@ bool HasVendorService(platform::Modem& modem) {
   for (uint32_t index = 0; index < size; ++index) {
     const GuidText id = ToText(NotNull(services->GetAt(index))->DeviceServiceId());
     LogInfo(kGetName, "device sevice: %s\n", id.data());
-    // The platform hands out wide text; one that cannot be converted is no match.
-    const std::string_view text = id.data();
-    if (!EqualIgnoreCase(ToAnsi(std::u16string(text.begin(), text.end())), kVendorServiceText)) {
-      continue;
-    }
+    if (!IsVendorService(id.data())) continue;
     LogInfo(kGetName, "find service : %s ,support MA", kVendorServiceText);
     found = true;
   }
