@@ -1,32 +1,12 @@
-#include "platform/virtual/scheduler.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <utility>
 
+#include "platform/virtual/scheduler_thread.h"
+
 namespace nuvelta::virtual_notebook {
-
-struct Scheduler::Thread {
-  enum class State { kReady, kRunning, kWaiting, kEnded };
-
-  std::string name;
-  uint32_t id = 0;
-  uint32_t process = 0;
-  std::function<void()> body;
-  State state = State::kReady;
-  Waitable* object = nullptr;      // while waiting: for this,
-  bool for_rest = false;           // or for the rest of all others,
-  std::optional<Nanoseconds> due;  // or until this moment
-  bool signalled = false;          // how the last wait ended
-  bool killed = false;
-  bool reprieved = false;  // not to be killed any more
-  bool granted = false;
-  uint32_t word = 0;
-  std::condition_variable baton;
-  std::thread native;
-};
 
 namespace {
 
@@ -36,8 +16,8 @@ constexpr std::chrono::seconds kHangAfter{60};
 
 }  // namespace
 
-static thread_local Scheduler* t_scheduler = nullptr;
-static thread_local void* t_thread = nullptr;
+thread_local Scheduler* Scheduler::t_scheduler = nullptr;
+thread_local Scheduler::Thread* Scheduler::t_thread = nullptr;
 
 Scheduler::Scheduler(Mode mode, uint64_t seed, Nanoseconds start)
     : m_mode(mode), m_random(seed), m_now(start.count()) {}
@@ -254,123 +234,6 @@ std::string Scheduler::DescribeCurrentException() {
 bool Scheduler::AnyAlive() const {
   return std::ranges::any_of(
       m_threads, [](const auto& thread) { return thread->state != Thread::State::kEnded; });
-}
-
-namespace {
-
-void ThrowIfKilled(bool killed) {
-  if (killed && std::uncaught_exceptions() == 0) throw ThreadKilled{};
-}
-
-}  // namespace
-
-void Scheduler::Yield() {
-  auto& self = *static_cast<Thread*>(t_thread);
-  std::unique_lock lock(m_mutex);
-  if (m_mode == Mode::kDeterministic) {
-    self.state = Thread::State::kReady;
-    SwitchAway(lock, self);
-  }
-  ThrowIfKilled(self.killed);
-}
-
-bool Scheduler::Wait(Waitable& object, std::optional<Nanoseconds> timeout) {
-  auto& self = *static_cast<Thread*>(t_thread);
-  std::unique_lock lock(m_mutex);
-  ThrowIfKilled(self.killed);
-  if (self.killed) return false;
-  self.state = Thread::State::kWaiting;
-  self.object = &object;
-  if (timeout) self.due = Now() + *timeout;
-  SwitchAway(lock, self);
-  ThrowIfKilled(self.killed);
-  return self.signalled;
-}
-
-void Scheduler::Sleep(Nanoseconds duration) {
-  auto& self = *static_cast<Thread*>(t_thread);
-  std::unique_lock lock(m_mutex);
-  ThrowIfKilled(self.killed);
-  if (self.killed) return;
-  self.state = Thread::State::kWaiting;
-  self.due = Now() + duration;
-  SwitchAway(lock, self);
-  ThrowIfKilled(self.killed);
-}
-
-bool Scheduler::WaitForRest(Nanoseconds timeout) {
-  auto& self = *static_cast<Thread*>(t_thread);
-  std::unique_lock lock(m_mutex);
-  ThrowIfKilled(self.killed);
-  self.state = Thread::State::kWaiting;
-  self.for_rest = true;
-  self.due = Now() + timeout;
-  SwitchAway(lock, self);
-  ThrowIfKilled(self.killed);
-  return self.signalled;
-}
-
-void Scheduler::Change(const std::function<void()>& change) noexcept {
-  std::unique_lock lock(m_mutex);
-  change();
-  auto* self = t_scheduler == this ? static_cast<Thread*>(t_thread) : nullptr;
-  if (m_mode == Mode::kFree) {
-    Dispatch();
-  } else if (self != nullptr && self->state == Thread::State::kRunning) {
-    self->state = Thread::State::kReady;
-    SwitchAway(lock, *self);
-  }
-}
-
-void Scheduler::KillProcess(uint32_t process) {
-  const std::lock_guard lock(m_mutex);
-  m_killed_process = process;
-  for (const auto& thread : m_threads) {
-    if (thread->process != process || thread.get() == t_thread || thread->reprieved) continue;
-    thread->killed = true;
-  }
-  if (m_mode == Mode::kFree) Dispatch();
-}
-
-void Scheduler::AwaitLastOfProcess(uint32_t process) {
-  struct LastOfProcess final : Waitable {
-    const Scheduler* scheduler = nullptr;
-    uint32_t process = 0;
-    bool Ready(uint32_t id) const override {
-      return std::ranges::none_of(scheduler->m_threads, [&](const auto& thread) {
-        return thread->process == process && thread->id != id &&
-               thread->state != Thread::State::kEnded;
-      });
-    }
-    std::string Describe() const override { return "the end of its process"; }
-  };
-  {
-    const std::lock_guard lock(m_mutex);
-    static_cast<Thread*>(t_thread)->killed = false;
-    static_cast<Thread*>(t_thread)->reprieved = true;
-  }
-  LastOfProcess last;
-  last.scheduler = this;
-  last.process = process;
-  Wait(last, std::nullopt);
-}
-
-void Scheduler::OnStep(std::function<void()> observer) {
-  const std::lock_guard lock(t_scheduler->m_mutex);
-  t_scheduler->m_on_step = std::move(observer);
-}
-
-uint32_t Scheduler::CurrentThread() {
-  return t_thread == nullptr ? 0 : static_cast<Thread*>(t_thread)->id;
-}
-
-uint32_t Scheduler::CurrentProcess() {
-  return t_thread == nullptr ? 0 : static_cast<Thread*>(t_thread)->process;
-}
-
-uint32_t& Scheduler::ThreadWord() {
-  static thread_local uint32_t outside = 0;
-  return t_thread == nullptr ? outside : static_cast<Thread*>(t_thread)->word;
 }
 
 }  // namespace nuvelta::virtual_notebook

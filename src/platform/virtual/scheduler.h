@@ -111,6 +111,8 @@ class Scheduler {
 
  private:
   struct Thread;
+  static thread_local Scheduler* t_scheduler;  // null on a thread that is not scheduled
+  static thread_local Thread* t_thread;
 
   void ThreadMain(Thread& thread);
   void WaitForBaton(std::unique_lock<std::mutex>& lock, Thread& thread);
