@@ -58,7 +58,7 @@ struct Reference {
   unsigned Byte(size_t at) const {
     return at < all.size() ? static_cast<unsigned char>(all[at]) : 0U;
   }
-  size_t LengthAt(size_t start) const { return start + 1 < end ? Byte(start + 1) : 0; }
+  size_t LengthAt(size_t start) const { return Byte(start + 1); }
   // The first of two zero bytes that both lie before `limit`; far away without them.
   size_t TwoZeros(size_t from, size_t limit) const {
     while (from + 1 < limit && Byte(from) + Byte(from + 1) != 0) ++from;
@@ -181,7 +181,8 @@ TEST(SmbiosRules, FindTheFccMarker) {
        {Fcc(compared), Fcc(binary), Fcc(kMarker.substr(0, 14)), Fcc(kMarker + 'E'),
         Fcc(kMarker, "\0"s), Fcc("\x01OTHER") + fcc, other + fcc})
     EXPECT_FALSE(is_fcc(Table(bytes, 999))) << bytes;
-  // A claimed length that ends inside of the content does not cut it; the bytes' end does.
+  // A claimed length that ends inside of the structure does not cut it; the bytes' end does.
+  EXPECT_TRUE(is_fcc(Table(fcc, 1)));
   EXPECT_TRUE(is_fcc(Table(fcc, fcc.size() - 1)));
   EXPECT_FALSE(is_fcc(Table(fcc.substr(0, fcc.size() - 1), fcc.size())));
 }

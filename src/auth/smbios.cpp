@@ -19,10 +19,7 @@ uint8_t ByteAt(std::span<const std::byte> bytes, size_t offset) {
 }
 
 SmbiosStructure StructureAt(const SmbiosTable& table, size_t offset) {
-  const bool whole = offset + 1 < table.End();
-  return {.offset = offset,
-          .type = table.At(offset),
-          .length = whole ? table.At(offset + 1) : uint8_t{0}};
+  return {.offset = offset, .type = table.At(offset), .length = table.At(offset + 1)};
 }
 
 // Where the structure after this one begins; at or past the end after the last.

@@ -23,7 +23,7 @@ SmbiosReference::SmbiosReference(Bytes table) : m_all(Input::TextOf(table)) {
   m_delivered = m_all.size();
   m_all += kDoubleZero;
   for (size_t at = kHeader; at < m_end;) {
-    const uint8_t length = at + 1 < m_end ? Byte(at + 1) : uint8_t{0};
+    const uint8_t length = Byte(at + 1);
     m_structures.push_back({.at = at, .type = Byte(at), .length = length});
     const size_t zeros = m_all.find(kDoubleZero, at + length);
     if (zeros >= m_end) break;

@@ -28,7 +28,7 @@ void Look(const SmbiosTable& table, const SmbiosReference& reference, Bytes inpu
   Require(found.has_value() == expected.has_value(), "a structure is found where there is one");
   if (!found) return;
   Require(found->offset + kHeader == expected->at, "it is the first that fits");
-  Require(found->offset + 1 < table.End(), "its header lies in the structures");
+  Require(found->offset < table.End(), "it begins in the structures");
   Require(found->type == type && found->length >= least && found->length >= 4, "it fits");
   for (const int wanted : {0, 1, 2, 3, 4, 5, 7, 64, 255}) {
     const auto number = static_cast<uint8_t>(wanted);
@@ -53,8 +53,8 @@ void Run(Bytes input) {
   Require((content && content->closed) == expected.has_value(), "closed content is found");
   if (content) {
     Require(content->offset <= table.End() + 4, "the content begins in the table");
-    Require(content->length == 0 || content->offset + content->length <= table.End(),
-            "the content lies in the structures");
+    Require(content->length == 0 || content->offset + content->length <= table.Size(),
+            "the content lies in the bytes");
     if (content->closed) Require(content->length == expected->size(), "up to its double zero");
     Require(IsFccContent(table, *content, platform::kFccMarker) == reference.IsFcc(),
             "the marker is accepted as it stands, letter case aside");
