@@ -1,8 +1,13 @@
 // The logger, retention and the registry switches.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
+#include "apps/story/log_files.h"
 #include "common/common_util.h"
 #include "common/func_trace.h"
+#include "common/log_file_sink.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
 #include "platform/platform.h"
@@ -11,6 +16,8 @@
 
 namespace nuvelta::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 // What `body` logs as the only thread of a process, without times.
 std::string LoggedBy(const std::function<void()>& body, const std::string& notebook = "{}") {
@@ -35,6 +42,40 @@ TEST(Logger, WritesEachLevelInItsOwnForm) {
     for (const int level : {1, 2, 3, 4, 6, 0, 7, -1}) logger.WriteLog(level, "Fn", "%d", level);
   });
   EXPECT_EQ(logged, "e :   1\ni :   2\nw :   3\ni :   4\nh :   Fn, 6\n");
+}
+
+// Logs two seconds after the message before, so that no pause keeps it out.
+struct Sink {
+  void Log(const std::string& text, std::chrono::milliseconds after = std::chrono::seconds(2)) {
+    time += after;
+    sink.log(spdlog::details::log_msg(time, {}, "", spdlog::level::info, text));
+    sink.flush();
+  }
+  LogFileSink sink;
+  spdlog::log_clock::time_point time = spdlog::log_clock::now();
+};
+
+TEST(LogFile, GoesOnAfterARotationThatFailed) {
+  const TemporaryFolder disk;
+  const auto folder = disk.Path() / "log", file = folder / "a.log", away = disk.Path() / "away";
+  const std::string longer(600, 'a'), shorter(100, 'b');
+  Sink log{.sink{file.string(), 1000, 3}};
+  log.sink.set_pattern("%v");
+  log.Log(longer);
+  // The old name is taken: the library gives the old lines up, but no new one.
+  fs::create_directories(folder / "a.1.log/inside");
+  log.Log(longer);
+  EXPECT_EQ(story::ReadFile(file), longer + "\n");
+  // No file can be had at all; short lines would still fit into the one that was closed.
+  fs::rename(folder, away);
+  std::ofstream{folder} << "no folder";
+  log.Log(longer);
+  log.Log(shorter);
+  fs::remove(folder);
+  fs::rename(away, folder);
+  log.Log(shorter, LogFileSink::kPause / 2);
+  log.Log(shorter);
+  EXPECT_EQ(story::ReadFile(file), longer + "\n" + shorter + "\n");
 }
 
 TEST(Logger, WritesABareLineWithoutThreadAndTag) {

@@ -6,10 +6,10 @@
 
 #include <spdlog/async.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
 
 #include "common/common_util.h"
+#include "common/log_file_sink.h"
 #include "common/log_folder.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
@@ -29,8 +29,8 @@ constexpr std::chrono::seconds kFlushInterval{3};
 // Null when the file cannot be opened or no thread can be had for the writer.
 std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path) {
   try {
-    auto logger = spdlog::rotating_logger_mt<spdlog::async_factory>(
-        "MAServiceLog", platform::Os().files.LibraryPath(path), kMaxFileSize, kMaxFiles, false);
+    auto logger = spdlog::async_factory::create<LogFileSink>(
+        "MAServiceLog", platform::Os().files.LibraryPath(path), kMaxFileSize, kMaxFiles);
     logger->set_level(spdlog::level::trace);
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%d %H:%M:%S.%e %v", spdlog::pattern_time_type::local, "\r\n"));
