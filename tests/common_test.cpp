@@ -1,4 +1,4 @@
-// The logger, retention and the registry switches.
+// The logger, retention, the registry switches and the account watcher.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -10,6 +10,8 @@
 #include "common/log_file_sink.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
+#include "modem/mbn_winrt_helper.h"
+#include "platform/mobile_broadband.h"
 #include "platform/platform.h"
 #include "platform/virtual/scenario/scenario_reader.h"
 #include "story_support.h"
@@ -189,6 +191,12 @@ TEST(Retention, TellsWhatItDeletesAndWhy) {
                 both.Count("; delete log file[3] ("),
             3U);
   EXPECT_EQ(both.Count("dwLogFolderSize: 30.000 MB"), 1U);
+  EXPECT_EQ(
+      Tell(Inline("{'notebook': {'old_logs': ["
+                  "{'name': 'nuvelta_maservice_monitor_x.txt', 'age_days': 91, 'size_mb': 99},"
+                  "{'name': 'x.log', 'age_days': 91, 'size_mb': 99}]}}"))
+          .Count("dwLogFolderSize: 0.000 MB"),
+      1U);
   EXPECT_EQ(tell("{'name': 'nuvelta_maservice_monitor_x.log', 'age_days': 91, 'size_mb': 1,"
                  " 'in_use': true}"),
             "e :   DeleteFile C:\\ProgramData\\Nuvelta Wireless Inc\\MAService\\HX2208GW\\"
@@ -228,6 +236,65 @@ TEST(RegistrySwitches, FollowTheirTable) {
     EXPECT_EQ(logged.find("h : - CommonUtil::IsDisableVerify") != std::string::npos, row.disabled);
     EXPECT_EQ(logged.find("h : + CommonUtil::IsDisableVerify"), std::string::npos);
   }
+}
+
+using platform::WatcherStatus;
+
+// Answers one status after the other.
+struct StatusWatcher final : platform::AccountWatcher {
+  int64_t AccountAdded(Handler /*handler*/) override { return 1; }
+  int64_t AccountRemoved(Handler /*handler*/) override { return 2; }
+  int64_t EnumerationCompleted(Handler /*handler*/) override { return 3; }
+  WatcherStatus Status() override { return statuses.at(asked++); }
+  void Start() override { ++started; }
+  std::vector<WatcherStatus> statuses;
+  size_t asked = 0;
+  int started = 0;
+};
+struct OneWatcher final : platform::MobileBroadband {
+  std::shared_ptr<platform::Modem> GetDefault() override { return nullptr; }
+  std::shared_ptr<platform::DataWriter> CreateDataWriter() override { return nullptr; }
+  std::shared_ptr<platform::AccountWatcher> CreateAccountWatcher() override { return watcher; }
+  std::shared_ptr<StatusWatcher> watcher = std::make_shared<StatusWatcher>();
+};
+
+TEST(AccountWatcher, IsStartedUnlessItRuns) {
+  const auto play = [](std::vector<WatcherStatus> statuses) {
+    OneWatcher broadband;
+    broadband.watcher->statuses = std::move(statuses);
+    const std::string logged = LoggedBy([&] {
+      platform::Platform& os = platform::Os();
+      platform::Platform changed{os.clock,
+                                 os.devices,
+                                 os.environment,
+                                 os.event_log,
+                                 os.files,
+                                 os.firmware,
+                                 os.memory,
+                                 broadband,
+                                 os.network,
+                                 os.registry,
+                                 os.service_control,
+                                 os.sessions,
+                                 os.system_information,
+                                 os.text,
+                                 os.threads};
+      platform::Install(&changed);
+      CMbnWinRtHelper::GetInstance().Init(nullptr);
+      platform::Install(&os);
+    });
+    EXPECT_EQ(broadband.watcher->asked, broadband.watcher->statuses.size());
+    return std::to_string(broadband.watcher->started) + logged.substr(logged.find("i :   Watcher"));
+  };
+  const std::string exits =
+      "h : - CMbnWinRtHelper::StartMobileBroadbandAccountWatcher\nh : - CMbnWinRtHelper::Init\n";
+  const std::string runs = "0i :   Watcher is already started.\n" + exits;
+  const std::string starts = "1i :   Watcher is started successfully.\n" + exits;
+  EXPECT_EQ(play({WatcherStatus::kStarted}), runs);
+  EXPECT_EQ(play({WatcherStatus::kCreated, WatcherStatus::kEnumerationCompleted}), runs);
+  for (const auto idle :
+       {WatcherStatus::kCreated, WatcherStatus::kStopped, WatcherStatus::kAborted})
+    EXPECT_EQ(play({idle, idle}), starts);
 }
 
 }  // namespace

@@ -148,6 +148,9 @@ TEST(StoryLog, ReportsFailedQueriesAsErrorsAndFailedSetsAsInformation) {
   EXPECT_EQ(TellShipped("query_status_code").Matching("status code"),
             "e :   result status code = 0x80000001\n\n");
   EXPECT_EQ(TellShipped("query_too_late").Matching("async_state"), "e :   async_state = Started\n");
+  EXPECT_EQ(Tell(Inline("{'notebook': {'modem': {'query': ['canceled', 'error']}}}"))
+                .Matching("async_state"),
+            Lines({"e :   async_state = Canceled", "e :   async_state = Error"}));
   const Told set = TellShipped("set_refused");
   EXPECT_EQ(set.Matching("status code"), "i :   result status code = 9\n\n");
   EXPECT_EQ(set.Matching("async_state"), "i :   async_state = Started\n");
@@ -215,6 +218,12 @@ TEST(StoryLog, CutsHardwareIds) {
                    "i :   GET device Hwid[5] : USB\\VID_3A5E&PID_4A10&REV_0318&MI_00 ",
                    "i :   SetupDiEnumDeviceInfo return : 0 ,error code: 259 ",
                    "i :   find auth hwid : USB\\VID_3A5E&PID_4A10,return true"}));
+  // The first mobile adapter alone is looked at, up or not.
+  const Told other = Tell(Inline(
+      R"({'notebook': {'adapters': [{'name': '{A}', 'if_type': 'wwan', 'instance_id': 'USB\\A'}]}})"));
+  EXPECT_EQ(other.Count("Adapters Info: adapter name = {A}, "), 30U);
+  EXPECT_EQ(other.Count("Adapters Info: "), 30U);
+  EXPECT_EQ(Commands(other.report), "");
   EXPECT_EQ(TellShipped("pci_modem").Between("szMbimHwid", "not nuvelta"),
             Lines({"i :   szMbimHwid = PCI\\VEN_2F1B&DEV_0001&SUBSY",
                    "i :   not find Expected mbim hwid "
