@@ -1,4 +1,6 @@
 // The projection itself: factories and handlers.
+#include <combaseapi.h>
+
 #include <atomic>
 #include <thread>
 
@@ -22,6 +24,19 @@ TEST(Factories, AFailedLookUpIsTriedAgainAndAGoodOneIsKept) {
     found = &factory.Get();
   }
   EXPECT_EQ(&factory.Get(), found);
+}
+
+// Wine looks up without one; Windows does not.
+TEST(Factories, ALookUpBringsAnApartmentForAllThreads) {
+  const ClassRegistration registration;
+  Factory<IActivationFactory>(abi::kDataWriterClass).Get();
+  std::thread([] {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
+    EXPECT_EQ(type, APTTYPE_MTA);
+    EXPECT_EQ(qualifier, APTTYPEQUALIFIER_IMPLICIT_MTA);
+  }).join();
 }
 
 // The threads of one round look up at once; all but one must give theirs back.
