@@ -191,7 +191,8 @@ Bytes Utf16(std::u16string_view text) {
 }
 Bytes Record(uint32_t number, const Bytes& after = Utf16(u"Wlclntfy\0PC\0"s), uint16_t type = 4) {
   Bytes record = Bytes(56, '\x33') + after;
-  for (const uint32_t member : {2U, 3U, 4U, 5U}) Put(record, size_t{member} * 4, number * 10 + member);
+  for (const uint32_t member : {2U, 3U, 4U, 5U})
+    Put(record, size_t{member} * 4, number * 10 + member);
   Put(record, 8, number), Put(record, 24, type);
   Put(record, 0, static_cast<uint32_t>(record.size()));
   return record;

@@ -71,14 +71,35 @@ TEST_F(CommandChannelTest, NullObjectsAreAnswers) {
   const platform::Guid unknown{.Data1 = 1};
   EXPECT_EQ(port.GetDefault()->GetDeviceService(unknown), nullptr);
 
-  TestStage::Get().Reset(
-      {}, {{.call = "DeviceService::OpenCommandSession", .kind = Fault::Kind::kNull}});
+  const auto answers_null = [](const char* call) {
+    TestStage::Get().Reset({}, {{.call = call, .kind = Fault::Kind::kNull}});
+  };
+  answers_null("DeviceService::OpenCommandSession");
   EXPECT_EQ(OpenSession(), nullptr);
+  answers_null("Modem::DeviceServices");
+  EXPECT_EQ(port.GetDefault()->DeviceServices(), nullptr);
+  answers_null("DeviceServiceList::GetAt");
+  EXPECT_EQ(port.GetDefault()->DeviceServices()->GetAt(0), nullptr);
+  answers_null("MobileBroadband::CreateDataWriter");
+  EXPECT_EQ(port.CreateDataWriter(), nullptr);
+  answers_null("DataWriter::DetachBuffer");
+  EXPECT_EQ(Payload(kQueryBytes), nullptr);
+  answers_null("CommandSession::SendQueryCommandAsync");
+  EXPECT_EQ(OpenSession()->SendQueryCommandAsync(1, Payload(kQueryBytes)), nullptr);
+  answers_null("CommandSession::SendSetCommandAsync");
+  EXPECT_EQ(OpenSession()->SendSetCommandAsync(1, Payload(kSetBytes)), nullptr);
+  answers_null("MobileBroadband::CreateAccountWatcher");
+  EXPECT_EQ(port.CreateAccountWatcher(), nullptr);
 
   TestStage::Get().Reset(ModemThatAnswers(ReplyKind::kNoData));
   const auto operation = OpenSession()->SendQueryCommandAsync(1, Payload(kQueryBytes));
   ASSERT_EQ(StatusOf(*operation), AsyncStatus::kCompleted);
   EXPECT_EQ(operation->GetResults()->ResponseData(), nullptr);
+
+  answers_null("CommandOperation::GetResults");
+  const auto empty = OpenSession()->SendQueryCommandAsync(1, Payload(kQueryBytes));
+  ASSERT_EQ(StatusOf(*empty), AsyncStatus::kCompleted);
+  EXPECT_EQ(empty->GetResults(), nullptr);
 
   ModemDescription absent;
   absent.present = false;
