@@ -367,6 +367,8 @@ void AddTasks(Rows& rows) {
   add(kMain, {"i :   \nNService::Run leave\n"});
   add(kNone, {"h : + CTaskManager::dealTaskThread", "h : + CTaskManager::getTask",
               "h : - CTaskManager::getTask"});
+  // Without a worker nothing does: the platform's thread goes on.
+  add(kNone, {"h : + CMbnWinRtHelper::AccountEnumHandler"});
 }
 
 // Calls whose failure shows in no line of its own.
