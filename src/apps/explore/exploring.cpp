@@ -18,6 +18,7 @@
 #include <stdexcept>
 
 #include "apps/explore/life.h"
+#include "platform/virtual/scenario/scenario_error.h"
 
 namespace nuvelta::explore {
 
@@ -188,14 +189,14 @@ std::string ReadAll(int pipe) {
   }
 }
 
-[[noreturn]] void PlayAndTell(const nlohmann::json& life, bool free_running, int pipe) {
+[[noreturn]] void PlayAndTell(const nlohmann::json& life, bool free_running, int pipe) noexcept {
   std::string text;
   try {
     for (const std::string& rule : PlayLife(ReadLife(life), free_running).broken) {
       text += rule + '\0';
     }
-  } catch (const std::exception&) {
-    // No life that a reader accepts breaks nothing.
+  } catch (const virtual_notebook::ScenarioError&) {
+    // What the reader refuses is no life, and breaks nothing.
     text.clear();
   }
   const bool told = write(pipe, text.data(), text.size()) == static_cast<ssize_t>(text.size());

@@ -22,6 +22,7 @@ using virtual_notebook::Action;
 using virtual_notebook::Duration;
 using virtual_notebook::Event;
 using virtual_notebook::Fault;
+using virtual_notebook::FiredFault;
 using virtual_notebook::ProcessEnd;
 using virtual_notebook::Scenario;
 using virtual_notebook::Scheduler;
@@ -44,19 +45,17 @@ bool KnowsItsPlatform(const Scenario& life) {
   });
 }
 
-bool Fails(const Scenario& life, std::string_view call) {
-  return std::ranges::any_of(life.faults, [&](const Fault& fault) { return fault.call == call; });
-}
-
 // A service that its stop does not reach, or a manager that is not told of it.
-bool MayBeStuck(const Scenario& life) {
-  return Fails(life, "SetServiceStatus") || Fails(life, "RegisterServiceCtrlHandlerExW") ||
-         Fails(life, "SetEvent");
+bool MayBeStuck(const StoryReport& report) {
+  return std::ranges::any_of(report.fired_faults, [](const FiredFault& fault) {
+    return fault.call == "SetServiceStatus" || fault.call == "RegisterServiceCtrlHandlerExW" ||
+           fault.call == "SetEvent";
+  });
 }
 
 // Only the set-up of the account watcher lets an exception out.
-bool MayCrash(const Scenario& life) {
-  return std::ranges::any_of(life.faults, [](const Fault& fault) {
+bool MayCrash(const StoryReport& report) {
+  return std::ranges::any_of(report.fired_faults, [](const FiredFault& fault) {
     return fault.call.starts_with("AccountWatcher::") ||
            fault.call == "MobileBroadband::CreateAccountWatcher";
   });
@@ -83,10 +82,10 @@ std::chrono::system_clock::time_point StartOf(const Scenario& life) {
   return std::chrono::system_clock::from_time_t(mktime(&local));
 }
 
-void CheckEnd(const Scenario& life, const StoryReport& report, Findings& findings) {
-  if (!report.deadlock.empty() && !MayBeStuck(life)) findings.Add("stuck: " + report.deadlock);
+void CheckEnd(const StoryReport& report, Findings& findings) {
+  if (!report.deadlock.empty() && !MayBeStuck(report)) findings.Add("stuck: " + report.deadlock);
   for (const ProcessEnd& process : report.processes) {
-    if (process.how == ProcessEnd::How::kCrashed && !MayCrash(life)) {
+    if (process.how == ProcessEnd::How::kCrashed && !MayCrash(report)) {
       findings.Add("the service crashed: " + process.crash);
     }
   }
@@ -105,6 +104,7 @@ void CheckLogText(const std::string& log, bool free_running, Findings& findings)
     tasks.Take(line);
     decisions.Take(line);
   }
+  traces.Finish();
 }
 
 }  // namespace
@@ -133,7 +133,7 @@ LifeReport PlayLife(const Scenario& life, bool free_running) {
            .seed = life.seed,
            .disk = disk.Path()})
           .Play();
-  CheckEnd(life, report, findings);
+  CheckEnd(report, findings);
   if (!free_running || HasOneReporter(life)) CheckStatusReports(life, report, findings);
   CheckLogText(story::ReadLog(life, disk.Path()), free_running, findings);
   result.crashed = !report.Behaved();

@@ -17,6 +17,7 @@ constexpr std::string_view kWorker = "CTaskManager::dealTaskThread";
 constexpr std::string_view kGetCfun = "CMbnWinRtHelper::GetMbimCfun";
 constexpr std::string_view kDoJob = "CTaskAuthModule::doJob";
 constexpr std::string_view kRetention = "DeleteFileWhileExceedMaxSizeAndTime";
+constexpr std::string_view kServiceMain = "ServiceMain";
 constexpr std::string_view kIsDisableVerify = "CommonUtil::IsDisableVerify";
 
 }  // namespace
@@ -82,15 +83,25 @@ void TraceRules::TakeMessage(Thread& thread, std::string_view text) {
   }
 }
 
+void TraceRules::Finish() {
+  const auto serves = [](const auto& entry) {
+    const auto& scopes = entry.second.scopes;
+    return !scopes.empty() && scopes.front().name == kServiceMain;
+  };
+  if (m_returned && std::ranges::any_of(m_threads, serves)) Break("no exit line", kServiceMain);
+}
+
 void TraceRules::Take(const LogLine& line) {
   if (IsProcessStart(line)) {
+    Finish();
     // The retention's thread starts with the logger, before the first line is written.
     std::erase_if(m_threads, [](const auto& entry) {
       const auto& scopes = entry.second.scopes;
       return scopes.empty() || scopes.front().name != kRetention;
     });
-    m_constructed = m_watcher_set_up = false;
+    m_constructed = m_watcher_set_up = m_returned = false;
   }
+  if (line.text == "i :   N auth Monitor Service: Main: Exit") m_returned = true;
   Thread& thread = m_threads[line.thread];
   const bool owed_exit = thread.owes_exit;
   if (line.text.starts_with(kEntry)) {

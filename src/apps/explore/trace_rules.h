@@ -16,6 +16,9 @@ class TraceRules {
   explicit TraceRules(Findings& findings) : m_findings(findings) {}
 
   void Take(const LogLine& line);
+  // The log's end. A process that tells of its end has left its main function's scope;
+  // threads that it did not wait for may end with it anywhere.
+  void Finish();
   // The scope that the thread's next line is written in, empty for none.
   std::string_view Innermost(std::string_view thread) const;
 
@@ -39,6 +42,7 @@ class TraceRules {
   std::map<std::string_view, Thread> m_threads;
   bool m_constructed = false;
   bool m_watcher_set_up = false;
+  bool m_returned = false;  // the process told of its end
 };
 
 // The first line of every process.
