@@ -21,15 +21,13 @@ using virtual_notebook::Event;
 // Where the log goes when the variable of its root folder cannot be read.
 constexpr const char* kFolderWithoutRoot = "Nuvelta Wireless Inc/MAService/HX2208GW";
 
-// The places of a call that are failed. A few runs have no more than the first
-// number; in a story of many runs, each like the one before, later places only say
-// again what the earlier ones said.
+// The part that is played unless all is. A few runs have no more places of a call
+// than the first number; in a story of many runs, each like the one before, later
+// places mostly say again what the earlier ones said.
 constexpr uint32_t kPlaces = 60;
 constexpr uint32_t kPlacesOfManyRuns = 16;
 constexpr size_t kManyRuns = 8;
-
-// The part that is played unless all is: whole calls are left out, for each costs
-// a story more that finds its last place.
+// Whole calls are left out, for each costs a story more that finds its last place.
 constexpr uint32_t kEveryCall = 3;
 constexpr uint32_t kEveryFault = 4;
 
@@ -153,32 +151,37 @@ SweepCounts Sweep(const Sound& sound, bool all, const std::function<void(const F
   // What is called to restart the service is called in these stories only.
   const bool all_calls = all || sound.told.Count("CommonUtil::RestartService();") > 0;
   const bool many = sound.told.Count(" Cast Time ") > kManyRuns;
-  const uint32_t places = many ? kPlacesOfManyRuns : kPlaces;
+  const uint32_t places = all ? UINT32_MAX : many ? kPlacesOfManyRuns : kPlaces;
+  // False when the story does not come to the fault.
+  const auto play = [&](const Fault& fault) {
+    Faulted faulted{.fault = fault, .told = {}};
+    if (!all && Hash(sound.name + faulted.Describe()) % kEveryFault != 0) return true;
+    faulted.told = TellWithItsLog(WithFault(sound, fault));
+    ++counts.stories;
+    for (const FiredFault& fired : faulted.told.report.fired_faults) {
+      if (fired.call == fault.call) faulted.fired.push_back(fired);
+    }
+    if (faulted.fired.empty()) return false;
+    ++counts.cases;
+    counts.injected += faulted.fired.size();
+    judge(faulted);
+    return true;
+  };
   for (const CallFailures& call : virtual_notebook::KnownCalls()) {
     // The scenario fails these itself, and two faults never fail one call.
     if (IsPlanned(sound.scenario, std::string(call.call))) continue;
     if (!all_calls && Hash(sound.name + std::string(call.call)) % kEveryCall != 0) continue;
+    // The call is made so often, and so often before a story with a lasting fault stops.
     bool made = true;
+    bool made_before_stop = true;
     for (uint32_t nth = 1; made && nth <= places; ++nth) {
-      for (const uint32_t count : {1U, 0U}) {
-        for (Fault fault : WaysToFail(call)) {
-          fault.nth = nth;
-          fault.count = count;
-          if (IsTooLong(sound.scenario, fault)) continue;
-          Faulted faulted{.fault = fault, .told = {}};
-          if (!all && Hash(sound.name + faulted.Describe()) % kEveryFault != 0) continue;
-          faulted.told = TellWithItsLog(WithFault(sound, fault));
-          ++counts.stories;
-          for (const FiredFault& fired : faulted.told.report.fired_faults) {
-            if (fired.call == fault.call) faulted.fired.push_back(fired);
-          }
-          made = !faulted.fired.empty();
-          if (!made) break;
-          ++counts.cases;
-          counts.injected += faulted.fired.size();
-          judge(faulted);
+      for (Fault fault : WaysToFail(call)) {
+        fault.nth = nth;
+        made = made && play(fault);
+        fault.count = 0;
+        if (made && made_before_stop && !IsTooLong(sound.scenario, fault)) {
+          made_before_stop = play(fault);
         }
-        if (!made) break;
       }
     }
   }
