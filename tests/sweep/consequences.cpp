@@ -57,6 +57,8 @@ void AddCommandChannel(Rows& rows) {
       Call{"CommandSession::CloseSession", true, true},
       Call{"CommandSession::SendQueryCommandAsync", true, false, true},
       Call{"CommandSession::SendSetCommandAsync", false, true, true},
+      Call{"DataBuffer::Buffer", true, false},
+      Call{"DataBuffer::Length", true, false},
       Call{"DataWriter::DetachBuffer", true, true, true},
       Call{"DataWriter::WriteBytes", true, true},
       Call{"DeviceService::OpenCommandSession", true, true},
@@ -129,7 +131,8 @@ void AddNullObjects(Rows& rows) {
                   kSet,
                   {"i :   OpenCommandSession() failed.", kSetExit, kSetFailed}});
   // No data at all is a failed query.
-  rows.push_back({"CommandResult::ResponseData", null, kGet, {kGetExit, kGetFailed}});
+  for (const std::string_view call : {"CommandResult::ResponseData", "DataBuffer::Buffer"})
+    rows.push_back({call, null, kGet, {kGetExit, kGetFailed}});
   // Asked only whether there is a modem, nothing is counted.
   rows.push_back({"MobileBroadband::GetDefault",
                   How::kHresult,
@@ -299,7 +302,7 @@ void AddPlatform(Rows& rows) {
   rows.push_back({"SetupDiEnumDeviceInfo",
                   error,
                   kHwid,
-                  {"i :   SetupDiEnumDeviceInfo return : 0 ,error code: 259 "},
+                  {"i :   SetupDiEnumDeviceInfo return : 0 ,error code: 13 "},
                   final});
   for (const std::string_view next :
        {"i :   GET device Hwid[*", "i :   SetupDiEnumDeviceInfo return : 0 ,error code: 259 "}) {

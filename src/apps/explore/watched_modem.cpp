@@ -26,6 +26,28 @@ std::shared_ptr<Inner> Wrap(std::shared_ptr<Inner> inner, const Ear& ear) {
   return std::make_shared<Watched>(std::move(inner), ear);
 }
 
+// What a query was answered, heard when it is read.
+class WatchedData final : public DataBuffer {
+ public:
+  WatchedData(std::shared_ptr<DataBuffer> inner, const Ear& ear)
+      : m_inner(std::move(inner)), m_ear(ear) {}
+
+  uint32_t Length() override { return m_length = m_inner->Length(); }
+  const uint8_t* Buffer() override {
+    const uint8_t* const bytes = m_inner->Buffer();
+    if (!m_ear.on || bytes == nullptr || m_length < sizeof(int32_t)) return bytes;
+    uint32_t level = 0;
+    for (uint32_t i = 0; i < sizeof level; ++i) level |= uint32_t{bytes[i]} << (8 * i);
+    m_ear.watch.commands.OnAnswer(static_cast<int32_t>(level));
+    return bytes;
+  }
+
+ private:
+  const std::shared_ptr<DataBuffer> m_inner;
+  const Ear m_ear;
+  uint32_t m_length = 0;
+};
+
 // An answer to a query.
 class WatchedResult final : public CommandResult {
  public:
@@ -35,14 +57,7 @@ class WatchedResult final : public CommandResult {
   uint32_t StatusCode() override { return m_code = m_inner->StatusCode(); }
   std::shared_ptr<DataBuffer> ResponseData() override {
     std::shared_ptr<DataBuffer> data = m_inner->ResponseData();
-    if (m_ear.on && m_code == 0 && data != nullptr && data->Length() >= sizeof(int32_t)) {
-      uint32_t level = 0;
-      for (uint32_t i = 0; i < sizeof level; ++i) {
-        level |= static_cast<uint32_t>(data->Buffer()[i]) << (8 * i);
-      }
-      m_ear.watch.commands.OnAnswer(static_cast<int32_t>(level));
-    }
-    return data;
+    return m_code == 0 ? Wrap<WatchedData>(std::move(data), m_ear) : data;
   }
 
  private:

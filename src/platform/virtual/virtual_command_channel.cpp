@@ -23,6 +23,7 @@ constexpr uint32_t kOutOfMemory = 0x8007000E;        // E_OUTOFMEMORY
   throw HresultError{code};
 }
 
+// What the writer makes; nothing of it can fail.
 class Bytes final : public platform::DataBuffer {
  public:
   explicit Bytes(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
@@ -30,6 +31,24 @@ class Bytes final : public platform::DataBuffer {
   const uint8_t* Buffer() override { return m_bytes.data(); }
 
  private:
+  std::vector<uint8_t> m_bytes;
+};
+
+// The modem's answer.
+class ResponseBytes final : public platform::DataBuffer {
+ public:
+  ResponseBytes(Context& context, std::vector<uint8_t> bytes)
+      : m_context(context), m_bytes(std::move(bytes)) {}
+  uint32_t Length() override {
+    m_context.Answers("DataBuffer::Length");
+    return static_cast<uint32_t>(m_bytes.size());
+  }
+  const uint8_t* Buffer() override {
+    return m_context.Answers("DataBuffer::Buffer") ? m_bytes.data() : nullptr;
+  }
+
+ private:
+  Context& m_context;
   std::vector<uint8_t> m_bytes;
 };
 
@@ -62,7 +81,7 @@ class Result final : public platform::CommandResult {
   std::shared_ptr<platform::DataBuffer> ResponseData() override {
     if (!m_context.Answers("CommandResult::ResponseData")) return nullptr;
     if (m_reply.kind == Answer::Kind::kNoData) return nullptr;
-    return std::make_shared<Bytes>(m_reply.data);
+    return std::make_shared<ResponseBytes>(m_context, m_reply.data);
   }
 
  private:

@@ -28,7 +28,7 @@ class FakeResult final : public Fake<abi::IMobileBroadbandDeviceServiceCommandRe
   HRESULT STDMETHODCALLTYPE get_ResponseData(abi::IBuffer** value) override {
     *value = nullptr;
     return Answer("CommandResult::ResponseData", [&] {
-      if (m_reply.kind != ReplyKind::kNoData) *value = MakeFakeBuffer(m_reply.data).Detach();
+      if (m_reply.kind != ReplyKind::kNoData) *value = MakeFakeResponse(m_reply.data).Detach();
       return S_OK;
     });
   }

@@ -6,7 +6,7 @@ namespace nuvelta::wine {
 
 namespace {
 
-class FakeBuffer final : public Fake<abi::IBuffer, abi::IBufferByteAccess> {
+class FakeBuffer : public Fake<abi::IBuffer, abi::IBufferByteAccess> {
  public:
   explicit FakeBuffer(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
 
@@ -23,6 +23,20 @@ class FakeBuffer final : public Fake<abi::IBuffer, abi::IBufferByteAccess> {
 
  private:
   std::vector<uint8_t> m_bytes;
+};
+
+// Unlike what the writer makes, its reading is counted and may fail.
+class FakeResponse final : public FakeBuffer {
+ public:
+  using FakeBuffer::FakeBuffer;
+
+  HRESULT STDMETHODCALLTYPE get_Length(UINT32* value) override {
+    return Answer("DataBuffer::Length", [&] { return FakeBuffer::get_Length(value); });
+  }
+  HRESULT STDMETHODCALLTYPE Buffer(BYTE** value) override {
+    *value = nullptr;
+    return Answer("DataBuffer::Buffer", [&] { return FakeBuffer::Buffer(value); });
+  }
 };
 
 class FakeDataWriter final : public Fake<abi::IDataWriter> {
@@ -81,6 +95,10 @@ ComPtr<abi::IDataWriter> MakeFakeDataWriter() {
 
 ComPtr<abi::IBuffer> MakeFakeBuffer(std::vector<uint8_t> bytes) {
   return ComPtr<abi::IBuffer>::Adopt(new FakeBuffer(std::move(bytes)));
+}
+
+ComPtr<abi::IBuffer> MakeFakeResponse(std::vector<uint8_t> bytes) {
+  return ComPtr<abi::IBuffer>::Adopt(new FakeResponse(std::move(bytes)));
 }
 
 }  // namespace nuvelta::wine

@@ -11,5 +11,6 @@ namespace nuvelta::wine {
 ComPtr<abi::IDataWriter> MakeFakeDataWriter();
 
 ComPtr<abi::IBuffer> MakeFakeBuffer(std::vector<uint8_t> bytes);
+ComPtr<abi::IBuffer> MakeFakeResponse(std::vector<uint8_t> bytes);
 
 }  // namespace nuvelta::wine
