@@ -181,7 +181,9 @@ void WholeLife(platform::MobileBroadband& port) {
     TestStage::Get().RunAll();
     const auto result = operation->GetResults();
     result->StatusCode();
-    result->ResponseData();
+    const auto data = result->ResponseData();
+    data->Length();
+    data->Buffer();
   }
   session->CloseSession();
 }
