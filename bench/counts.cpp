@@ -132,11 +132,17 @@ void ReadSmbios(long times, long /*size*/) {
   });
 }
 
-// Whole stories; the job in them is the service's own function.
+// Whole stories; the job in them is the service's own function. The modem is there
+// from the start, so that each has one job only, which succeeds; the figures are
+// divided by their number.
 void HealthyJob(long times, long /*size*/) {
   const TemporaryFolder disk;
-  const auto scenario = ShippedScenario("healthy_arrival");
-  for (long i = 0; i < times; ++i) story::Play(scenario, {.disk = disk.Path()});
+  const auto scenario = virtual_notebook::ReadScenarioText(
+      R"({"title": "A healthy job", "events": [{"at": 0, "do": "start"}]})", "healthy job", ".");
+  for (long i = 0; i < times; ++i) {
+    const auto report = story::Play(scenario, {.disk = disk.Path()});
+    if (report.commands.size() != 2 || report.radio_after != 1 || !report.Behaved()) std::abort();
+  }
 }
 
 // Log retention over 10,000 files of a fresh disk, in nanoseconds, and `find`
