@@ -197,7 +197,7 @@ long Waits() {
 }
 
 // Prints how often the threads of an open log, on which nothing is written, wake up
-// in `seconds`. The service's own threads wait without an end.
+// in `seconds`.
 void IdleWakeUps(long seconds, long /*size*/) {
   WithLogger([&] {
     std::this_thread::sleep_for(std::chrono::seconds(1));
