@@ -58,10 +58,12 @@ std::string Output(const std::string& command) {
   return text;
 }
 
-// The lines of one structure begin with "Handle 0x0001, DMI type 1, 27 bytes".
+// The lines of one structure begin with "Handle 0x0001, DMI type 1, 27 bytes". A
+// list has its name on one line, then an item a line, with a tab more.
 DmiOutput Parse(const std::string& text) {
   DmiOutput output;
   std::istringstream lines(text);
+  std::string list;
   for (std::string line; std::getline(lines, line);) {
     DmiBlock block;
     unsigned handle = 0;
@@ -70,8 +72,13 @@ DmiOutput Parse(const std::string& text) {
       output.blocks.push_back(block);
     }
     if (line.find("structures occupy") != std::string::npos) output.whole = false;
+    if (line.starts_with("Invalid entry length")) output.stopped = true;
     if (output.blocks.empty()) continue;
     if (line.find("<TRUNCATED>") != std::string::npos) output.blocks.back().cut = true;
+    if (line.starts_with("\t\t"))
+      output.blocks.back().lists[list].push_back(line.substr(2));
+    else if (line.starts_with('\t') && line.ends_with(':'))
+      list = line.substr(1, line.size() - 2);
     const size_t colon = line.find(": ");
     if (line.starts_with('\t') && !line.starts_with("\t\t") && colon != std::string::npos) {
       output.blocks.back().fields.emplace(line.substr(1, colon - 1), line.substr(colon + 2));

@@ -16,11 +16,13 @@ struct DmiBlock {
   int length = 0;
   bool cut = false;                           // it does not end inside the table
   std::map<std::string, std::string> fields;  // by the name printed, as printed
+  std::map<std::string, std::vector<std::string>> lists;
 };
 
 struct DmiOutput {
   std::vector<DmiBlock> blocks;
-  bool whole = true;  // the structures fill the table exactly
+  bool whole = true;     // the structures fill the table exactly
+  bool stopped = false;  // at a structure shorter than its header
 
   // The first of a type and at least that length.
   const DmiBlock* First(int type, int least) const;

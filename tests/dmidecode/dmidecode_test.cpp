@@ -10,6 +10,7 @@
 #include <iterator>
 #include <random>
 
+#include "auth/smbios.h"
 #include "auth/systeminfo.h"
 #include "dmidecode.h"
 #include "fake_platform.h"
@@ -29,9 +30,13 @@ constexpr const char* kNotPrinted = "the structure is too short for dmidecode to
 constexpr const char* kCut = "dmidecode prints nothing of a structure that the table's end cuts";
 constexpr const char* kBadIndex = "we do not hold a string's number against the count of strings";
 constexpr const char* kNoUuid = "dmidecode has words for a uuid of zeros or of ones alone";
+constexpr const char* kZeroData = "a data byte of zero before another zero closes our FCC content";
+constexpr const char* kShort = "our FCC search passes a structure shorter than its header";
+constexpr const char* kEmptyFirst = "dmidecode lists no strings behind an empty first one";
 
 struct Counts {
   size_t agreed = 0;
+  size_t fcc_agreed = 0;
   std::map<std::string, size_t> explained;
 };
 
@@ -130,6 +135,52 @@ std::string Hex(const Bytes& bytes) {
   return text;
 }
 
+// The FCC structure as dmidecode shows it: its data byte, then a line a string.
+std::string PrintedFcc(DmiBlock block) {
+  const auto& bytes = block.lists["Header and Data"];
+  std::string text = bytes.size() == 1 && bytes[0].size() == 14 ? bytes[0].substr(12) : "";
+  for (const std::string& string : block.lists["Strings"]) text += '\n' + string;
+  return text;
+}
+
+std::string OurFcc(const std::string& content) {
+  std::string text = Hex({static_cast<uint8_t>(content[0])});
+  if (content.size() > 1) text += '\n';
+  for (const char c : content.substr(1)) text += c == '\0' ? "\n" : Shown({c});
+  return text;
+}
+
+void CompareFcc(const Bytes& table, const DmiOutput& output, Counts& counts) {
+  const SmbiosTable ours(std::as_bytes(std::span(table)));
+  const auto fcc = FindFccContent(ours);
+  const DmiBlock* block = output.First(133, 0);
+  if (block != nullptr ? block->length == 5 && block->cut : !output.whole) {
+    EXPECT_FALSE(fcc && fcc->closed && fcc->length > 0) << "dmidecode finds no end of it";
+    if (fcc) ++counts.explained[kCut];
+    return;
+  }
+  if (block == nullptr && output.stopped && fcc) {
+    ++counts.explained[kShort];
+    return;
+  }
+  const bool expected = block != nullptr && block->length == 5;
+  ASSERT_EQ(fcc && fcc->closed, expected) << "whether there is an FCC structure";
+  if (!expected) return;
+  const auto bytes = ours.Bytes(fcc->offset, fcc->length);
+  const std::string content(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const std::string theirs = PrintedFcc(*block);
+  if (content.empty()) {
+    EXPECT_EQ(theirs, "00");
+    ++counts.explained[kZeroData];
+  } else if (content.size() > 1 && content[1] == '\0') {
+    EXPECT_EQ(theirs, OurFcc(content.substr(0, 1)));
+    ++counts.explained[kEmptyFirst];
+  } else {
+    EXPECT_EQ(OurFcc(content), theirs);
+    ++counts.fcc_agreed;
+  }
+}
+
 void Compare(const Bytes& table, Counts& counts) {
   SCOPED_TRACE(Hex(table));
   static fuzz::FakePlatform fake;
@@ -153,6 +204,7 @@ void Compare(const Bytes& table, Counts& counts) {
   board.Text("Asset Tag", info.baseboard_asset_tag_);
   Comparison processor(table, output, 4, 22, counts);
   processor.Text("Version", info.processor_manufacturer_);
+  CompareFcc(table, output, counts);
 }
 
 // ------- tables
@@ -216,6 +268,22 @@ std::vector<Bytes> OddTables() {
   structures = Split(Built(short_first));
   structures.push_back(Split(sound)[3]);
   tables.push_back(Joined(sound, structures));
+  // FCC structures: without strings, with several, with an empty first one, behind a short
+  // structure, two of them.
+  for (const Bytes& fcc :
+       std::initializer_list<Bytes>{{133, 5, 9, 0, 1, 0, 0},
+                                    {133, 5, 9, 0, 0, 0, 0},
+                                    {133, 5, 9, 0, 0, 0, 'a', 0, 0},
+                                    {133, 5, 9, 0, 0, 'a', 0, 0},
+                                    {133, 5, 9, 0, 0xC5, 'F', 0xE9, 1, ' ', 0, '\n', 'M', 0, 0},
+                                    {133, 5, 9, 0, 1, 0, 'a', 0, 0},
+                                    {200, 3, 9, 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0},
+                                    {133, 5, 9, 0, 1, 'a', 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0},
+                                    {133, 6, 9, 0, 1, 2, 'a', 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0}}) {
+    structures = Split(sound);
+    structures.insert(structures.begin(), fcc);
+    tables.push_back(Joined(sound, structures));
+  }
   // A board and a processor of the least length that we read.
   tables.push_back(Joined(sound, {{2, 8, 2, 0, 1, 2, 3, 4, 'a', 0, 'b', 0, 'c', 0, 'd', 0, 0}}));
   Bytes processor{4, 22, 4, 0};
@@ -276,14 +344,18 @@ Bytes Damaged(Bytes table, std::mt19937& random) {
   return WithLength(table);
 }
 
-// The seeds and findings of the walk's fuzz target, each with the length that its
-// bytes have.
+// The seeds and findings of the fuzz targets, each with the length that its bytes
+// have. Those of the texts begin with a byte that is not of the table.
 std::vector<Bytes> FuzzedTables() {
   std::vector<Bytes> tables;
-  for (const auto& entry : std::filesystem::directory_iterator(NUVELTA_SMBIOS_SEEDS)) {
-    std::ifstream file(entry.path(), std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(file), {});
-    if (bytes.size() > kHeader) tables.push_back(WithLength({bytes.begin(), bytes.end()}));
+  const std::filesystem::path seeds = NUVELTA_FUZZ_SEEDS;
+  for (const auto& [folder, skip] : {std::pair{"smbios", 0}, std::pair{"systeminfo", 1}}) {
+    for (const auto& entry : std::filesystem::directory_iterator(seeds / folder)) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      file.ignore(skip);
+      const std::string bytes(std::istreambuf_iterator<char>(file), {});
+      if (bytes.size() > kHeader) tables.push_back(WithLength({bytes.begin(), bytes.end()}));
+    }
   }
   return tables;
 }
@@ -291,7 +363,7 @@ std::vector<Bytes> FuzzedTables() {
 class Dmidecode : public testing::Test {
  protected:
   void SetUp() override {
-    if (!HasDmidecode()) GTEST_SKIP() << "dmidecode is not installed (tools/setup installs it)";
+    ASSERT_TRUE(HasDmidecode()) << "dmidecode is not installed (tools/setup installs it)";
   }
 };
 
@@ -300,7 +372,9 @@ TEST_F(Dmidecode, ReadsOddTablesAsWeDo) {
   for (const Bytes& table : OddTables()) Compare(table, counts);
   for (const Bytes& table : FuzzedTables()) Compare(table, counts);
   EXPECT_GT(counts.agreed, 200U);
-  for (const char* reason : {kNotPrinted, kCut, kBadIndex, kNoUuid}) {
+  EXPECT_GT(counts.fcc_agreed, 20U);
+  for (const char* reason :
+       {kNotPrinted, kCut, kBadIndex, kNoUuid, kZeroData, kShort, kEmptyFirst}) {
     EXPECT_GT(counts.explained[reason], 0U) << reason;
   }
 }
@@ -313,6 +387,7 @@ TEST_F(Dmidecode, ReadsDamagedTablesAsWeDo) {
     Compare(Damaged(odd[i % odd.size()], random), counts);
   }
   EXPECT_GT(counts.agreed, kDamagedTables * 6) << "of 13 fields a table";
+  EXPECT_GT(counts.fcc_agreed, kDamagedTables / 10);
   for (const auto& [reason, count] : counts.explained) std::cout << count << ": " << reason << '\n';
 }
 
