@@ -16,6 +16,8 @@ add_library(nuvelta_flags INTERFACE)
 if(MSVC)
   target_compile_options(nuvelta_flags INTERFACE /W4 /WX /permissive- /utf-8 /EHsc
     /Zc:__cplusplus)
+  # Standard functions that these tools would have replaced by their own.
+  target_compile_definitions(nuvelta_flags INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     set(nuvelta_gcc_only

@@ -6,11 +6,17 @@ if(MSVC)
 else()
   target_compile_options(nuvelta_flags INTERFACE -fstack-protector-strong -fcf-protection=full
     -ffunction-sections -fdata-sections
-    # No folder of the building machine in what is shipped.
-    -ffile-prefix-map=${CMAKE_BINARY_DIR}/headers/= -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+    # No folder of the building machine in what is shipped, nor in its symbols.
+    -ffile-prefix-map=${CMAKE_BINARY_DIR}/headers/= -ffile-prefix-map=/usr/include/=
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
-    # What the linker makes the PDB of, and guarded calls through pointers.
-    target_compile_options(nuvelta_flags INTERFACE -gcodeview -mguard=cf)
+    # What the linker makes the PDB of.
+    target_compile_options(nuvelta_flags INTERFACE -gcodeview -gno-codeview-command-line
+      -ffile-compilation-dir=.)
+    file(RELATIVE_PATH nuvelta_root ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+    string(REGEX REPLACE "/$" "" nuvelta_root "${nuvelta_root}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_CURRENT_LIST_DIR}/relative_paths
+      ${PROJECT_SOURCE_DIR} ${nuvelta_root} ${CMAKE_CXX_COMPILER_LAUNCHER})
   endif()
 endif()
 
@@ -34,29 +40,34 @@ function(nuvelta_ship target)
   nuvelta_static(${target})
   if(MSVC)
     target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:wmainCRTStartup /guard:cf
-      /CETCOMPAT
-      /DEPENDENTLOADFLAG:0x800 /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG /OPT:REF /Brepro)
+      /CETCOMPAT /DEPENDENTLOADFLAG:0x800 /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG
+      # Incremental linking would keep what nothing refers to.
+      /OPT:REF /INCREMENTAL:NO /Brepro
+      # The resources hold the one manifest.
+      /MANIFEST:NO)
     return()
   endif()
-  target_link_options(${target} PRIVATE -municode -mconsole
-    -Wl,-Map,$<TARGET_FILE_DIR:${target}>/${target}.map)
-  set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES
-    $<TARGET_FILE_DIR:${target}>/${target}.map)
+  # Relative to the build folder, which the symbols would name otherwise.
+  file(RELATIVE_PATH folder ${CMAKE_BINARY_DIR} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  target_link_options(${target} PRIVATE -municode -mconsole -Wl,-Map,${folder}/${target}.map)
+  set(files ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.map)
+  find_program(NUVELTA_LLVM_OBJCOPY llvm-objcopy-16 REQUIRED)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     target_link_libraries(${target} PRIVATE nuvelta_load_config)
-    # The PDB holds the symbols; the executable itself carries none.
-    target_link_options(${target} PRIVATE -Wl,--guard-cf -Wl,--no-guard-longjmp
-      -Wl,--pdb,$<TARGET_FILE_DIR:${target}>/${target}.pdb
+    list(APPEND files ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.pdb)
+    target_link_options(${target} PRIVATE -Wl,--pdb,${folder}/${target}.pdb
       # Its name alone goes into the executable, not the builder's folder.
-      -Wl,-Xlink=-pdbaltpath:%_PDB% -Wl,-s)
+      -Wl,-Xlink=-pdbaltpath:%_PDB% -Wl,-Xlink=-pdbsourcepath:. -Wl,-s)
+    # The runtime brings debug information of its own.
+    set(commands COMMAND ${NUVELTA_LLVM_OBJCOPY} --strip-all $<TARGET_FILE:${target}>)
   else()
-    find_program(NUVELTA_OBJCOPY ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-objcopy REQUIRED)
-    find_program(NUVELTA_STRIP ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32-strip REQUIRED)
-    add_custom_command(TARGET ${target} POST_BUILD
-      COMMAND ${NUVELTA_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}>
-        $<TARGET_FILE_DIR:${target}>/${target}.debug
-      COMMAND ${NUVELTA_STRIP} $<TARGET_FILE:${target}>
-      COMMAND ${NUVELTA_OBJCOPY} --add-gnu-debuglink=$<TARGET_FILE_DIR:${target}>/${target}.debug
-        $<TARGET_FILE:${target}>)
+    set(symbols ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.debug)
+    list(APPEND files ${symbols})
+    # Not GNU's, which stamp the image with the time.
+    set(commands
+      COMMAND ${NUVELTA_LLVM_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${symbols}
+      COMMAND ${NUVELTA_LLVM_OBJCOPY} --strip-all --add-gnu-debuglink=${symbols} $<TARGET_FILE:${target}>)
   endif()
+  add_custom_command(TARGET ${target} POST_BUILD ${commands})
+  set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES ${files})
 endfunction()

@@ -23,8 +23,3 @@ if(TARGET nuvelta_wine_fakes)
   target_link_libraries(wine_hardware PRIVATE nuvelta_wine_fakes)
 endif()
 nuvelta_static(wine_hardware)
-if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
-  # What guarded calls in the code that it shares with the service go through; the
-  # linker itself is not asked to guard, which makes lld 16 crash on a library.
-  target_link_libraries(wine_hardware PRIVATE nuvelta_load_config)
-endif()
