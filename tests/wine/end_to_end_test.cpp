@@ -33,7 +33,7 @@ fs::path FromEnvironment(const char* variable, const char* otherwise) {
 
 class UnderWine : public testing::Test {
  protected:
-  UnderWine() { prefix.Install(binaries); }
+  UnderWine() { prefix.Install({.service = binaries, .stage = stage}); }
 
   static std::string File(const std::string& name) {
     return std::string(NUVELTA_SOURCE_DIR) + "/scenarios/" + name + ".json";
@@ -63,7 +63,8 @@ class UnderWine : public testing::Test {
   }
 
   const fs::path binaries = FromEnvironment("WINE_BINARIES", "build/windows-clang/bin");
-  WinePrefix prefix{FromEnvironment("WINE_STORY_PREFIX", "build/wine/prefix")};
+  const fs::path stage = FromEnvironment("WINE_STAGE", "build/windows-clang/wine");
+  WinePrefix prefix{FromEnvironment("WINE_STORY_PREFIX", "build/wine/notebook")};
 };
 
 // The manager's own answers, right after each report: type, state, controls, two

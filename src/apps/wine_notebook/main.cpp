@@ -4,23 +4,37 @@
 #include <exception>
 
 #include "apps/virtual_notebook/commands.h"
+#include "apps/wine_notebook/bad_input.h"
 #include "apps/wine_notebook/interruption.h"
+#include "apps/wine_notebook/output.h"
 #include "apps/wine_notebook/wine_commands.h"
 
-int main(int argc, char** argv) {
-  using namespace nuvelta::wine_notebook;
+namespace {
 
+using namespace nuvelta::wine_notebook;
+
+int ParseAndRun(int argc, char** argv) {
   CLI::App app{"Plays the service's executable under Wine: real Win32, virtual hardware and time."};
   app.require_subcommand(1);
+  app.set_version_flag("--version", "wine_notebook " NUVELTA_VERSION);
   app.footer(
       "Exit code: 0 when every story ran to its end (parity: and was the same both ways), 1 when\n"
-      "not, 2 for bad input, 3 when Wine is missing or does not work, 128 and the signal when\n"
-      "interrupted. The scenario format is described in docs/scenarios.md.");
+      "not, 2 for bad input, 3 when Wine is missing, does not work or its prefix is in use, 4 "
+      "when\n"
+      "the output could not be written, 128 and the signal when interrupted. The scenario format\n"
+      "is described in docs/scenarios.md.");
 
-  Places places{.binaries = "build/windows-clang/bin", .prefix = "build/wine/prefix"};
-  app.add_option("--bin", places.binaries, "The folder of the executable and what plays it")
+  Places places{
+      .binaries = {.service = "build/windows-clang/bin", .stage = "build/windows-clang/wine"},
+      .prefix = "build/wine/notebook"};
+  app.add_option("--bin", places.binaries.service, "The folder of the service's executable")
       ->capture_default_str();
-  app.add_option("--prefix", places.prefix, "The Wine prefix; it is made when it is not there")
+  app.add_option("--stage", places.binaries.stage,
+                 "The folder of its virtual hardware and of the driver")
+      ->capture_default_str();
+  app.add_option("--prefix", places.prefix,
+                 "The Wine prefix: made when nothing is there; a folder that wine_notebook has\n"
+                 "not made is left alone")
       ->capture_default_str();
 
   std::vector<std::string> files;
@@ -52,8 +66,21 @@ int main(int argc, char** argv) {
   } catch (const Interrupted& interrupted) {
     std::fprintf(stderr, "wine_notebook: %s\n", interrupted.what());
     return 128 + interrupted.Signal();
+  } catch (const BadInput& error) {
+    std::fprintf(stderr, "wine_notebook: %s\n", error.what());
+    return nuvelta::story::kBadInput;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "wine_notebook: %s\n", error.what());
     return kWineFailed;
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  KeepStandardStreams();
+  const int result = ParseAndRun(argc, argv);
+  if (AllPrinted()) return result;
+  std::fprintf(stderr, "wine_notebook: the output could not be written\n");
+  return result == nuvelta::story::kRanToItsEnd ? kNotPrinted : result;
 }

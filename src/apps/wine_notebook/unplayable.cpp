@@ -1,6 +1,8 @@
 #include "apps/wine_notebook/unplayable.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 
 namespace nuvelta::wine_notebook {
 
@@ -8,6 +10,26 @@ using virtual_notebook::Notebook;
 using virtual_notebook::Scenario;
 
 namespace {
+
+// Whether Wine takes services' variables from the key or one below it: a log folder
+// outside the prefix would be written to, and emptied.
+bool HoldsVariables(const std::string& key) {
+  std::string lower = key + "\\";
+  std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return std::tolower(c); });
+  return lower.find("\\session manager\\environment\\") != std::string::npos ||
+         lower.find("\\profilelist\\") != std::string::npos;
+}
+
+bool SetsVariables(const Scenario& scenario) {
+  using Kind = virtual_notebook::Action::Kind;
+  return std::ranges::any_of(scenario.notebook.registry,
+                             [](const auto& entry) { return HoldsVariables(entry.first); }) ||
+         std::ranges::any_of(scenario.events, [](const auto& event) {
+           const auto kind = event.action.kind;
+           return (kind == Kind::kRegistrySet || kind == Kind::kRegistryDelete) &&
+                  HoldsVariables(event.action.text);
+         });
+}
 
 struct Obstacle {
   bool (*has)(const Scenario& scenario);
@@ -22,6 +44,7 @@ constexpr std::array kObstacles{
         "\"program_version\": the executable carries its own version"},
     Obstacle{[](const Scenario& s) { return s.notebook.environment != Notebook{}.environment; },
              "\"environment\": Wine makes the environment of services itself"},
+    Obstacle{SetsVariables, "a registry key from which Wine makes the environment of services"},
 };
 
 }  // namespace

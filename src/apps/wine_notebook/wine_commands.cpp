@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 
 #include "apps/virtual_notebook/commands.h"
 #include "apps/virtual_notebook/log_printer.h"
@@ -37,6 +38,15 @@ story::Summary PlayOne(WinePrefix& prefix, const std::string& file, const Scenar
   return summary;
 }
 
+// What is missing is told before anything is made or changed.
+std::unique_ptr<WinePrefix> Open(const Places& places) {
+  CheckBinaries(places.binaries);
+  MarkedFolder::Usable(places.prefix);
+  auto prefix = std::make_unique<WinePrefix>(places.prefix);
+  prefix->Install(places.binaries);
+  return prefix;
+}
+
 }  // namespace
 
 int Run(const Places& places, const std::vector<std::string>& files, bool json) {
@@ -49,11 +59,11 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
       return kBadInput;
     }
   }
-  WinePrefix prefix(places.prefix);
-  prefix.Install(places.binaries);
+  const auto prefix = Open(places);
   int result = kRanToItsEnd;
   for (size_t i = 0; i < files.size(); ++i) {
-    story::Summary summary = PlayOne(prefix, files[i], (*scenarios)[i], files.size() == 1 && !json);
+    story::Summary summary =
+        PlayOne(*prefix, files[i], (*scenarios)[i], files.size() == 1 && !json);
     // The next story takes the log files' place.
     if (i + 1 < files.size()) summary.log_folder.clear();
     result = std::max(result, story::ShowSummary(summary, i + 1, files.size(), json));
@@ -64,15 +74,13 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
 int Parity(const Places& places, const std::vector<std::string>& files) {
   const auto scenarios = story::ReadAll(files);
   if (!scenarios) return kBadInput;
-  WinePrefix prefix(places.prefix);
-  prefix.Install(places.binaries);
-  return CompareAll(prefix, files, *scenarios);
+  const auto prefix = Open(places);
+  return CompareAll(*prefix, files, *scenarios);
 }
 
 int Drive(const Places& places, const std::vector<std::string>& arguments) {
-  const WinePrefix prefix(places.prefix);
-  prefix.Install(places.binaries);
-  auto driver = prefix.RunDriver(arguments);
+  const auto prefix = Open(places);
+  auto driver = prefix->RunDriver(arguments);
   try {
     for (bool runs = true; runs;) {
       runs = driver->Wait(std::chrono::milliseconds(50));
@@ -82,16 +90,23 @@ int Drive(const Places& places, const std::vector<std::string>& arguments) {
     }
   } catch (...) {
     driver.reset();
-    prefix.Repair();
+    prefix->Repair();
     throw;
   }
   return driver->ExitCode();
 }
 
 int Clean(const Places& places) {
+  const auto folder = MarkedFolder::Usable(places.prefix);
+  if (!std::filesystem::exists(folder / "drive_c")) {
+    std::printf("no story was played in %s: nothing is to be undone\n", folder.c_str());
+    return kRanToItsEnd;
+  }
   const WinePrefix prefix(places.prefix);
-  prefix.Repair();
-  return kRanToItsEnd;
+  if (prefix.Repair()) return kRanToItsEnd;
+  std::fprintf(stderr, "wine_notebook: not all could be undone; the folder %s can be deleted\n",
+               folder.c_str());
+  return kWineFailed;
 }
 
 }  // namespace nuvelta::wine_notebook

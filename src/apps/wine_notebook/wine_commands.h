@@ -1,20 +1,24 @@
 // The commands of the program wine_notebook.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
+
+#include "apps/wine_notebook/wine_prefix.h"
 
 namespace nuvelta::wine_notebook {
 
 // Exit codes beside those of virtual_notebook.
-inline constexpr int kWineFailed = 3;  // no Wine, or it does not work
+inline constexpr int kWineFailed = 3;  // no Wine, it does not work, or its prefix is in use
+inline constexpr int kNotPrinted = 4;  // the output could not be written
 
 struct Places {
-  std::string binaries;  // the folder of the executable, its virtual hardware, the driver
-  std::string prefix;
+  Binaries binaries;
+  std::filesystem::path prefix;
 };
 
-// Plays stories; nothing runs when one of them cannot be read. These throw
+// Plays stories; nothing runs when one of them cannot be read. These throw BadInput,
 // Interrupted, or std::runtime_error in one line.
 int Run(const Places& places, const std::vector<std::string>& files, bool json);
 // Plays stories both ways.
@@ -22,7 +26,7 @@ int Parity(const Places& places, const std::vector<std::string>& files);
 // Runs the driver with these arguments, for its measurements; prints what it prints
 // and answers its exit code.
 int Drive(const Places& places, const std::vector<std::string>& arguments);
-// Undoes what an interrupted story has left.
+// Undoes what an interrupted story has left; makes no prefix for it.
 int Clean(const Places& places);
 
 }  // namespace nuvelta::wine_notebook

@@ -1,16 +1,17 @@
 #include "apps/wine_notebook/wine_prefix.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <sstream>
 #include <stdexcept>
 
+#include "apps/wine_notebook/bad_input.h"
+#include "apps/wine_notebook/interruption.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {
@@ -52,81 +53,84 @@ void CopyWhole(const fs::path& from, const fs::path& to) {
   fs::rename(part, to);
 }
 
+std::array<fs::path, 3> FilesOf(const Binaries& binaries) {
+  return {binaries.service / wine::kServiceFile, binaries.stage / wine::kHardwareFile,
+          binaries.stage / wine::kDriverFile};
+}
+
 }  // namespace
 
-WinePrefix::WinePrefix(const fs::path& folder)
-    : m_folder(fs::absolute(folder).lexically_normal()),
-      m_wine(FindProgram({"/usr/lib/wine/wine64", "wine64", "wine"})),
-      m_server(
-          FindProgram({"/usr/lib/wine/wineserver64", "/usr/lib/wine/wineserver", "wineserver"})) {
-  fs::create_directories(m_folder.parent_path());
-  const std::string lock = m_folder.string() + ".lock";
-  m_lock = open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-  if (m_lock < 0) throw std::runtime_error(lock + " cannot be written");
-  try {
-    if (flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
-      throw std::runtime_error(m_folder.string() + " is in use by another wine_notebook");
-    }
-    if (!IsMade(m_folder)) Make();
-    End();
-  } catch (...) {
-    close(m_lock);
-    throw;
+void CheckBinaries(const Binaries& binaries) {
+  for (const fs::path& file : FilesOf(binaries)) {
+    std::error_code ignored;
+    if (fs::is_regular_file(file, ignored)) continue;
+    throw BadInput("\"" + file.string() +
+                   "\" is missing; build it with tools/build windows-clang, or name its folder");
   }
 }
 
-WinePrefix::~WinePrefix() {
+WinePrefix::WinePrefix(const fs::path& folder)
+    : m_wine(FindProgram({"/usr/lib/wine/wine64", "wine64", "wine"})),
+      m_server(
+          FindProgram({"/usr/lib/wine/wineserver64", "/usr/lib/wine/wineserver", "wineserver"})),
+      m_folder(folder) {
   End();
-  close(m_lock);
+  if (!m_folder.IsWhole() || !IsMade(m_folder.Path())) Make();
 }
 
+WinePrefix::~WinePrefix() { End(); }
+
 std::map<std::string, std::string> WinePrefix::Environment() const {
-  return {{"WINEPREFIX", m_folder.string()},
+  return {{"WINEPREFIX", m_folder.Path().string()},
           {"WINEARCH", "win64"},
           {"WINEDEBUG", "-all"},
-          {"WINEDLLOVERRIDES", "mscoree=;mshtml="},  // or it offers to fetch them
+          // Or it offers to fetch the first two, and adds its programs to the user's menus.
+          {"WINEDLLOVERRIDES", "mscoree=;mshtml=;winemenubuilder.exe="},
           {"WINESERVER", m_server},
           {"DISPLAY", ""},
           {"WAYLAND_DISPLAY", ""},
           {"TZ", m_zone}};
 }
 
-// Made beside its place and moved there when it is whole: a prefix that is there
-// can be used.
-void WinePrefix::Make() const {
-  std::fprintf(stderr, "preparing a Wine prefix in %s ...\n", m_folder.c_str());
-  const fs::path part = m_folder.string() + ".part";
-  std::map<std::string, std::string> environment = Environment();
-  environment["WINEPREFIX"] = part.string();
-  // What an interrupted making has left may still be at work in its folder.
-  fs::create_directories(part);
-  RunQuietly({m_server, "-k"}, environment, kEndPatience);
-  RunQuietly({m_server, "-w"}, environment, kEndPatience);
-  fs::remove_all(part);
-  fs::create_directories(part);
-  const int code = RunQuietly({m_wine, "wineboot", "-i"}, environment, kMakePatience);
-  // Its registry is on the disk once the server has ended.
-  RunQuietly({m_server, "-k"}, environment, kEndPatience);
-  RunQuietly({m_server, "-w"}, environment, kEndPatience);
-  if (code != 0 || !IsMade(part)) {
-    throw std::runtime_error("Wine could not make a prefix in " + part.string());
+// An interrupted making leaves a mark that does not say that the prefix is whole; the
+// next one begins anew.
+void WinePrefix::Make() {
+  std::fprintf(stderr, "preparing a Wine prefix in %s ...\n", m_folder.Path().c_str());
+  m_folder.Empty();
+  int code = 0;
+  {
+    ChildProcess boot({m_wine, "wineboot", "-i"}, Environment());
+    try {
+      const auto end = std::chrono::steady_clock::now() + kMakePatience;
+      while (boot.Wait(20ms) && std::chrono::steady_clock::now() < end) {
+        boot.Lines();
+        ThrowIfInterrupted();
+      }
+    } catch (...) {
+      End();
+      throw;
+    }
+    code = boot.ExitCode();
   }
-  fs::remove_all(m_folder);
-  fs::rename(part, m_folder);
+  // Its registry is on the disk once the server has ended.
+  End();
+  if (code != 0 || !IsMade(m_folder.Path())) {
+    throw std::runtime_error("Wine could not make a prefix in " + m_folder.Path().string());
+  }
+  m_folder.SetWhole();
 }
 
-void WinePrefix::Install(const fs::path& binaries) const {
+void WinePrefix::Install(const Binaries& binaries) const {
+  CheckBinaries(binaries);
   fs::create_directories(InstallFolder());
-  for (const char* file : {wine::kServiceFile, wine::kHardwareFile, wine::kDriverFile}) {
-    if (!fs::exists(binaries / file)) {
-      throw std::runtime_error((binaries / file).string() +
-                               " is missing: build the preset windows-clang");
-    }
-    CopyWhole(binaries / file, InstallFolder() / file);
+  for (const fs::path& file : FilesOf(binaries)) {
+    CopyWhole(file, InstallFolder() / file.filename());
   }
   // Wine 8's dump writer faults when it looks for symbols that are not there.
   const fs::path symbols = fs::path(wine::kServiceFile).replace_extension(".pdb");
-  if (fs::exists(binaries / symbols)) CopyWhole(binaries / symbols, InstallFolder() / symbols);
+  if (fs::exists(binaries.service / symbols)) {
+    CopyWhole(binaries.service / symbols, InstallFolder() / symbols);
+  }
 }
 
 fs::path WinePrefix::InstallFolder() const {
@@ -136,7 +140,7 @@ fs::path WinePrefix::InstallFolder() const {
 fs::path WinePrefix::HostPath(const std::string& windows_path) const {
   std::string path = windows_path.substr(std::string_view("C:\\").size());
   std::ranges::replace(path, '\\', '/');
-  return m_folder / "drive_c" / path;
+  return m_folder.Path() / "drive_c" / path;
 }
 
 void WinePrefix::SetTimeZone(const std::string& zone) {
@@ -154,11 +158,18 @@ std::unique_ptr<ChildProcess> WinePrefix::RunDriver(
   return std::make_unique<ChildProcess>(command, Environment(), InstallFolder().string());
 }
 
-void WinePrefix::Repair() const {
-  if (!fs::exists(InstallFolder() / wine::kUndoFile)) return;
+bool WinePrefix::Repair() const {
+  if (!fs::exists(InstallFolder() / wine::kUndoFile)) return true;
   const auto driver = RunDriver({"clean"});
   const auto end = std::chrono::steady_clock::now() + kCleanPatience;
-  while (driver->Wait(20ms) && std::chrono::steady_clock::now() < end) driver->Lines();
+  bool runs = true;
+  while (runs && std::chrono::steady_clock::now() < end) {
+    runs = driver->Wait(20ms);
+    for (const std::string& line : driver->Lines()) {
+      std::fprintf(stderr, "wine_notebook: %s\n", line.c_str());
+    }
+  }
+  return !runs && driver->ExitCode() == 0 && !fs::exists(InstallFolder() / wine::kUndoFile);
 }
 
 void WinePrefix::End() const noexcept {

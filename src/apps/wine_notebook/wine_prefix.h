@@ -9,14 +9,25 @@
 #include <vector>
 
 #include "apps/wine_notebook/child_process.h"
+#include "apps/wine_notebook/marked_folder.h"
 
 namespace nuvelta::wine_notebook {
+
+// Where the programs are that play a story.
+struct Binaries {
+  std::filesystem::path service;  // the folder of the shipped executable, and its symbols
+  std::filesystem::path stage;    // the folder of its virtual hardware and of the driver
+};
+
+// Throws BadInput naming the first program that is missing.
+void CheckBinaries(const Binaries& binaries);
 
 class WinePrefix {
  public:
   // Holds the prefix at `folder` for itself, so that no other program plays in it
   // at the same time, and ends what an earlier one has left running; makes it when
-  // it is not there, which takes some seconds. Throws std::runtime_error in one line.
+  // it is not there, or not whole, which takes some seconds. Throws BadInput when
+  // something else is there, Interrupted, or std::runtime_error in one line.
   explicit WinePrefix(const std::filesystem::path& folder);
   // Ends all that runs in it.
   ~WinePrefix();
@@ -24,9 +35,8 @@ class WinePrefix {
   WinePrefix& operator=(const WinePrefix&) = delete;
 
   // Copies the service with its symbols, if there are any, its virtual hardware and
-  // the driver from `binaries`.
-  // Throws std::runtime_error naming the one that is missing.
-  void Install(const std::filesystem::path& binaries) const;
+  // the driver, all into one folder. Throws BadInput naming the one that is missing.
+  void Install(const Binaries& binaries) const;
 
   // The folder that holds them.
   std::filesystem::path InstallFolder() const;
@@ -39,19 +49,20 @@ class WinePrefix {
   // Runs the driver with these arguments.
   std::unique_ptr<ChildProcess> RunDriver(const std::vector<std::string>& arguments) const;
 
-  // Undoes what an interrupted story has left, if there is one.
-  void Repair() const;
+  // Undoes what an interrupted story has left, if there is one; prints why it cannot.
+  // Answers whether nothing is left.
+  bool Repair() const;
   // Ends all that runs in the prefix.
   void End() const noexcept;
 
  private:
-  void Make() const;
+  void Make();
   std::map<std::string, std::string> Environment() const;
 
-  const std::filesystem::path m_folder;
+  // Wine is looked for before the folder is touched.
   const std::string m_wine;
   const std::string m_server;
-  int m_lock = -1;
+  MarkedFolder m_folder;
   std::string m_zone;
 };
 

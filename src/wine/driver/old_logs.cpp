@@ -72,12 +72,17 @@ fs::path LogFolder() {
     }
   }
   DestroyEnvironmentBlock(block);
+  if (folder.empty()) throw std::runtime_error("services have no variable \"programdata\"");
+  const std::wstring normal = folder.lexically_normal().wstring();
+  if (_wcsnicmp(normal.c_str(), L"C:\\", 3) != 0) {
+    throw std::runtime_error("services' \"programdata\" leads out of the prefix, to " +
+                             folder.string());
+  }
   return folder;
 }
 
-std::vector<Handle> PutOldLogs(const std::vector<virtual_notebook::OldLog>& logs, int64_t now) {
-  const fs::path folder = LogFolder();
-  if (folder.empty()) throw std::runtime_error("services have no variable \"programdata\"");
+std::vector<Handle> PutOldLogs(const fs::path& folder,
+                               const std::vector<virtual_notebook::OldLog>& logs, int64_t now) {
   // The service makes the folder, and those above it, when there are no old logs.
   fs::remove_all(folder.parent_path().parent_path());
   if (!logs.empty()) fs::create_directories(folder);

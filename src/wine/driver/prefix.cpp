@@ -107,15 +107,20 @@ StoryInPrefix::StoryInPrefix(const Scenario& scenario, const fs::path& scenario_
   const std::string& key = scenario.notebook.service_key;
   const RegistryContent content = Content(scenario);
   RemoveStory(key);
+  const fs::path logs = LogFolder();
   fs::remove(folder / kJournalFile);
   RemoveFiles(folder, ".dmp");
   Save(RecordRegistry(key, Places(content, scenario)), folder / kUndoFile);
   try {
     ChooseVirtualHardware();
     WriteRegistry(content);
+    // The folder is removed, and below C: Wine has links to folders of the user's.
+    if (LogFolder() != logs) {
+      throw std::runtime_error("the scenario's registry moves services' \"programdata\"");
+    }
     InstallStoryDevices(scenario.notebook);
     const auto begin = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-    m_logs_in_use = PutOldLogs(scenario.notebook.old_logs, begin.time_since_epoch().count());
+    m_logs_in_use = PutOldLogs(logs, scenario.notebook.old_logs, begin.time_since_epoch().count());
     PutStoryFile(folder / kStoryFile, scenario_file, begin);
   } catch (...) {
     RemoveStory(key);
