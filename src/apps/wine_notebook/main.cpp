@@ -28,13 +28,16 @@ int ParseAndRun(int argc, char** argv) {
       .binaries = {.service = "build/windows-clang/bin", .stage = "build/windows-clang/wine"},
       .prefix = "build/wine/notebook"};
   app.add_option("--bin", places.binaries.service, "The folder of the service's executable")
+      ->type_name("DIR")
       ->capture_default_str();
   app.add_option("--stage", places.binaries.stage,
                  "The folder of its virtual hardware and of the driver")
+      ->type_name("DIR")
       ->capture_default_str();
   app.add_option("--prefix", places.prefix,
                  "The Wine prefix: made when nothing is there; a folder that wine_notebook has\n"
                  "not made is left alone")
+      ->type_name("DIR")
       ->capture_default_str();
 
   std::vector<std::string> files;

@@ -37,7 +37,7 @@ std::string FindProgram(std::initializer_list<const char*> candidates) {
       if (CanRun(fs::path(folder) / candidate)) return (fs::path(folder) / candidate).string();
     }
   }
-  throw std::runtime_error("Wine is not installed");
+  throw std::runtime_error("Wine is not installed; expected the packages of tools/setup");
 }
 
 // What a prefix holds once it has been made to its end.
@@ -64,8 +64,10 @@ void CheckBinaries(const Binaries& binaries) {
   for (const fs::path& file : FilesOf(binaries)) {
     std::error_code ignored;
     if (fs::is_regular_file(file, ignored)) continue;
-    throw BadInput("\"" + file.string() +
-                   "\" is missing; build it with tools/build windows-clang, or name its folder");
+    const bool service = file.filename() == wine::kServiceFile;
+    throw BadInput("\"" + fs::absolute(file).string() + "\" is missing; expected the " +
+                   (service ? "service's executable (--bin" : "stage of stories (--stage") +
+                   ", built by tools/build windows-clang)");
   }
 }
 
