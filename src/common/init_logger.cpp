@@ -27,10 +27,11 @@ constexpr size_t kMaxFiles = 100;
 constexpr std::chrono::seconds kFlushInterval{3};
 
 // Null when the file cannot be opened or no thread can be had for the writer.
-std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path) {
+std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path,
+                                                 const LogFileSink::OnLost& on_lost) {
   try {
     auto logger = spdlog::async_factory::create<LogFileSink>(
-        "MAServiceLog", platform::Os().files.LibraryPath(path), kMaxFileSize, kMaxFiles);
+        "MAServiceLog", platform::Os().files.LibraryPath(path), kMaxFileSize, kMaxFiles, on_lost);
     logger->set_level(spdlog::level::trace);
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%d %H:%M:%S.%e %v", spdlog::pattern_time_type::local, "\r\n"));
@@ -44,6 +45,7 @@ std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path) {
     // log to say so in, so it goes to standard output.
     platform::Os().environment.WriteStandardOutput(std::string("no service log: ") + error.what() +
                                                    "\n");
+    on_lost(error.what());
     return nullptr;
   }
 }
@@ -61,7 +63,8 @@ void StartPeriodicFlush() {
 void CLogger::InitLogger() {
   const std::string folder = BuildLogFolderPath();
   CreateFolders(folder);
-  m_logger = CreateFileLogger(BuildLogFilePath(folder));
+  m_logger =
+      CreateFileLogger(BuildLogFilePath(folder), [this](const std::string& why) { OnLost(why); });
   StartPeriodicFlush();
   if (CommonUtil::IsEnableServiceLog() && m_logger != nullptr) {
     m_logger->set_level(spdlog::level::trace);

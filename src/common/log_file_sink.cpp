@@ -5,8 +5,11 @@
 
 namespace nuvelta {
 
-LogFileSink::LogFileSink(std::string path, size_t max_size, size_t max_files)
-    : m_path(std::move(path)), m_max_size(max_size), m_max_files(max_files) {
+LogFileSink::LogFileSink(std::string path, size_t max_size, size_t max_files, OnLost on_lost)
+    : m_path(std::move(path)),
+      m_max_size(max_size),
+      m_max_files(max_files),
+      m_on_lost(std::move(on_lost)) {
   Open();
 }
 
@@ -24,7 +27,8 @@ void LogFileSink::sink_it_(const spdlog::details::log_msg& message) {
       if (m_file == nullptr) Open();
       m_file->log(message);
       return;
-    } catch (const std::exception&) {
+    } catch (const std::exception& error) {
+      Lost(error.what());
       m_file.reset();
     }
   }
@@ -32,7 +36,15 @@ void LogFileSink::sink_it_(const spdlog::details::log_msg& message) {
 }
 
 void LogFileSink::flush_() {
-  if (m_file != nullptr) m_file->flush();
+  try {
+    if (m_file != nullptr) m_file->flush();
+  } catch (const std::exception& error) {
+    Lost(error.what());
+  }
+}
+
+void LogFileSink::Lost(const std::string& why) const {
+  if (m_on_lost) m_on_lost(why);
 }
 
 void LogFileSink::set_formatter_(std::unique_ptr<spdlog::formatter> formatter) {

@@ -63,6 +63,10 @@ class LineText {
         length < 0 ? std::strlen(message) : std::min(static_cast<size_t>(length), kMessageSize - 1);
   }
 
+  // All that was added behind `begin`.
+  std::string_view From(size_t begin) const { return {m_text.data() + begin, m_size - begin}; }
+  size_t Size() const { return m_size; }
+
   // A log that cannot take the record (out of memory, or already closed while the
   // process exits) must not harm its caller.
   void Send(spdlog::logger& logger, spdlog::level::level_enum level) const noexcept {
@@ -96,9 +100,11 @@ void CLogger::WriteLog(int iLevel, const char* pszFunction, const char* pszForma
 void CLogger::WriteLogV(int iLevel, const char* pszFunction, const char* pszFormat,
                         va_list arguments) {
   const std::lock_guard lock(m_mutex);
-  if (iLevel < kLogError || iLevel > kLogTrace || m_bMuted || m_logger == nullptr) return;
+  if (iLevel < kLogError || iLevel > kLogTrace || m_bMuted) return;
   const LevelRow& row = kLevels[static_cast<size_t>(iLevel)];
-  if (!m_logger->should_log(row.level)) return;
+  LogListener* const pListener = m_pListener;
+  const bool bLogged = m_logger != nullptr && m_logger->should_log(row.level);
+  if (!bLogged && pListener == nullptr) return;
 
   LineText line;
   if (iLevel != kLogBare) line.AddThreadId();
@@ -107,8 +113,10 @@ void CLogger::WriteLogV(int iLevel, const char* pszFunction, const char* pszForm
     line.Add(pszFunction);
     line.Add(", ");
   }
+  const size_t message = line.Size();
   line.AddMessage(pszFormat, arguments);
-  line.Send(*m_logger, row.level);
+  if (pListener != nullptr) pListener->OnMessage(line.From(message));
+  if (bLogged) line.Send(*m_logger, row.level);
 }
 
 void CLogger::WriteTraceScope(char sign, const char* pszFuncName) {
@@ -118,6 +126,11 @@ void CLogger::WriteTraceScope(char sign, const char* pszFuncName) {
   line.Add(sign == '+' ? " h : + " : " h : - ");
   line.Add(pszFuncName);
   line.Send(*m_logger, spdlog::level::trace);
+}
+
+void CLogger::OnLost(const std::string& why) {
+  LogListener* const pListener = m_pListener;
+  if (pListener != nullptr) pListener->OnLost(why);
 }
 
 void CLogger::Mute() { m_bMuted = true; }

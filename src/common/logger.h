@@ -6,6 +6,8 @@
 #include <cstdarg>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <string_view>
 
 #if defined(__clang__)
 #define NUVELTA_PRINTF(format_index, first_argument) \
@@ -32,9 +34,25 @@ inline constexpr int kLogInfoToo = 4;  // writes exactly like level 2
 inline constexpr int kLogBare = 5;     // the message alone, as an info record
 inline constexpr int kLogTrace = 6;
 
+// Hears what the service says, for those who play it: the log can be switched off,
+// cut by retention or short of disk. Nobody listens in the service that ships.
+class LogListener {
+ public:
+  virtual ~LogListener() = default;
+  // A message of WriteLog, whether or not it is logged. Called under the logger's
+  // mutex.
+  virtual void OnMessage(std::string_view message) = 0;
+  // Lines of the log could not be written, for the reason given in one line. On any
+  // thread.
+  virtual void OnLost(const std::string& why) = 0;
+};
+
 class CLogger {
  public:
   static CLogger& GetInstance();
+
+  // Null: nobody. Outlives MakeAfresh; to be called while no thread logs.
+  void Listen(LogListener* pListener) { m_pListener = pListener; }
 
   // Creates the log folder, the time-stamped file and the logger, asks the
   // registry whether to write, and starts log retention on a thread of its own.
@@ -61,6 +79,9 @@ class CLogger {
  private:
   CLogger() = default;
 
+  void OnLost(const std::string& why);
+
+  std::atomic<LogListener*> m_pListener = nullptr;
   std::atomic<bool> m_bMuted = false;
   std::mutex m_mutex;
   std::shared_ptr<spdlog::logger> m_logger;

@@ -19,7 +19,8 @@ using virtual_notebook::VirtualMachine;
 VirtualMachine::Options MachineOptions(const Scenario& scenario, const Options& options) {
   return {.mode = options.free_running ? Scheduler::Mode::kFree : Scheduler::Mode::kDeterministic,
           .seed = options.seed.value_or(scenario.seed),
-          .disk = options.disk};
+          .disk = options.disk,
+          .go_on = options.go_on};
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +17,8 @@ struct Options {
   std::filesystem::path disk;      // holds the notebook's files
   std::optional<uint64_t> seed{};  // instead of the scenario's
   bool free_running = false;       // all threads at once instead of one at a time
+  // See VirtualMachine::Options.
+  std::function<bool(virtual_notebook::Nanoseconds story_time)> go_on{};
 };
 
 // The service's program, as the notebook's service control manager runs it.

@@ -2,21 +2,25 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+
+#include "apps/story/marked_folder.h"
 
 namespace nuvelta::story {
 
 class TemporaryFolder {
  public:
-  // Throws std::filesystem::filesystem_error when it cannot be created.
+  // The first one of a process also removes what processes that were killed have
+  // left. Throws std::filesystem::filesystem_error when it cannot be created.
   TemporaryFolder();
   ~TemporaryFolder();
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-  const std::filesystem::path& Path() const { return m_path; }
+  const std::filesystem::path& Path() const { return m_folder->Path(); }
 
  private:
-  std::filesystem::path m_path;
+  std::optional<MarkedFolder> m_folder;
 };
 
 }  // namespace nuvelta::story

@@ -1,14 +1,20 @@
 #include "apps/virtual_notebook/commands.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
+#include "apps/story/interruption.h"
+#include "apps/story/marked_folder.h"
+#include "apps/story/standard_output.h"
 #include "apps/story/story.h"
 #include "apps/story/temporary_folder.h"
 #include "apps/virtual_notebook/log_follower.h"
 #include "apps/virtual_notebook/log_printer.h"
+#include "apps/virtual_notebook/progress.h"
+#include "apps/virtual_notebook/service_watch.h"
+#include "apps/virtual_notebook/story_folders.h"
 #include "apps/virtual_notebook/summary.h"
 #include "platform/virtual/scenario/scenario_reader.h"
 
@@ -19,12 +25,32 @@ using virtual_notebook::ReadScenarioFile;
 using virtual_notebook::Scenario;
 using virtual_notebook::ScenarioError;
 
+namespace {
+
+constexpr const char* kProgram = "virtual_notebook";
+constexpr size_t kTitleColumn = 48;
+
+Scenario ReadStandardInput() {
+  constexpr const char* kName = "standard input";
+  std::string text(virtual_notebook::kLargestScenario + 1, '\0');
+  text.resize(std::fread(text.data(), 1, text.size(), stdin));
+  if (std::ferror(stdin) != 0) {
+    throw ScenarioError(std::string(kName) + ": cannot be read; expected a scenario");
+  }
+  if (text.size() > virtual_notebook::kLargestScenario) {
+    throw ScenarioError(std::string(kName) + ": too large; expected a scenario of at most 4 MiB");
+  }
+  return virtual_notebook::ReadScenarioText(text, kName, "");
+}
+
+}  // namespace
+
 std::optional<std::vector<Scenario>> ReadAll(const std::vector<std::string>& files) {
   std::vector<Scenario> scenarios;
   bool good = true;
   for (const std::string& file : files) {
     try {
-      scenarios.push_back(ReadScenarioFile(file));
+      scenarios.push_back(file == kStandardInput ? ReadStandardInput() : ReadScenarioFile(file));
     } catch (const ScenarioError& error) {
       std::fprintf(stderr, "%s\n", error.what());
       good = false;
@@ -35,72 +61,119 @@ std::optional<std::vector<Scenario>> ReadAll(const std::vector<std::string>& fil
 
 int ShowSummary(const Summary& summary, size_t number, size_t count, bool json) {
   if (json) {
-    std::printf("%s", SummaryJson(summary).c_str());
+    StandardOutput().Print(SummaryJson(summary));
   } else if (count > 1) {
-    std::printf("[%zu/%zu] %s\n", number, count, SummaryLine(summary).c_str());
+    StandardOutput().Print("[" + std::to_string(number) + "/" + std::to_string(count) + "] " +
+                           SummaryLine(summary) + "\n");
   } else {
-    std::printf("\n%s", SummaryTable(summary).c_str());
+    StandardOutput().Print("\n" + SummaryTable(summary));
   }
-  std::fflush(stdout);
-  if (summary.report.Behaved()) return kRanToItsEnd;
-  if (count > 1) std::fprintf(stderr, "%s", SummaryTable(summary).c_str());
-  return kMisbehaved;
+  const bool behaved = summary.report.Behaved();
+  if (!behaved && count > 1) std::fprintf(stderr, "%s", SummaryTable(summary).c_str());
+  if (!summary.log_lost.empty()) {
+    std::fprintf(stderr, "%s: the log could not be written: %s\n", summary.file.c_str(),
+                 summary.log_lost.c_str());
+    return kNotWritten;
+  }
+  return behaved ? kRanToItsEnd : kMisbehaved;
 }
 
 namespace {
 
 Summary PlayOne(const std::string& file, const Scenario& scenario, const RunOptions& options,
-                const fs::path& root, bool show_log) {
-  const fs::path disk = root / fs::path(file).stem();
+                const fs::path& disk, bool show_log) {
   const fs::path log_folder = LogFolder(scenario, disk);
   Summary summary;
   summary.file = file;
   summary.title = scenario.title;
+  Progress progress(file);
   const auto begin = std::chrono::steady_clock::now();
   {
-    LogPrinter printer(stdout);
+    const ServiceWatch watch;
+    LogPrinter printer(StandardOutput());
     std::optional<LogFollower> follower;
     if (show_log) {
       follower.emplace(log_folder, LogStamp(scenario),
                        [&](const std::string& text) { printer.Print(text); });
     }
-    summary.report =
-        Play(scenario, {.disk = disk, .seed = options.seed, .free_running = options.free_running});
+    summary.report = Play(scenario, {.disk = disk,
+                                     .seed = options.seed,
+                                     .free_running = options.free_running,
+                                     .go_on = [&](virtual_notebook::Nanoseconds story_time) {
+                                       progress.Tell(story_time);
+                                       return NotedInterruption() == 0;
+                                     }});
+    summary.counts = watch.Counts();
+    summary.log_lost = watch.Lost();
   }
   summary.real_time = std::chrono::steady_clock::now() - begin;
-  const std::string log = ReadLog(scenario, disk);
-  if (!log.empty()) summary.counts = CountLog(log);
   if (!options.log_dir.empty()) summary.log_folder = log_folder.string();
   return summary;
 }
 
 int PlayAll(const RunOptions& options, const std::vector<Scenario>& scenarios,
-            const fs::path& root) {
-  const bool several = scenarios.size() > 1;
+            const std::vector<fs::path>& disks) {
+  const size_t count = scenarios.size();
   int result = kRanToItsEnd;
-  for (size_t i = 0; i < scenarios.size(); ++i) {
-    const Summary summary =
-        PlayOne(options.files[i], scenarios[i], options, root, !several && !options.json);
-    result = std::max(result, ShowSummary(summary, i + 1, scenarios.size(), options.json));
+  size_t played = 0;
+  for (; played < count && NotedInterruption() == 0; ++played) {
+    std::optional<MarkedFolder> held;
+    if (!options.log_dir.empty()) {
+      fs::create_directories(disks[played]);
+      held.emplace(disks[played]);
+    }
+    const Summary summary = PlayOne(options.files[played], scenarios[played], options,
+                                    disks[played], count == 1 && !options.json);
+    result = std::max(result, ShowSummary(summary, played + 1, count, options.json));
   }
-  return result;
+  const int signal = NotedInterruption();
+  if (signal == 0) return result;
+  if (played < count && signal != SIGPIPE) {
+    std::fprintf(stderr, "%zu of %zu stories were begun\n", played, count);
+  }
+  return EndInterrupted(kProgram, signal);
+}
+
+// Where each story's notebook has its disk. Empty, after saying why, when one of them
+// is not to be written into.
+std::vector<fs::path> DisksFor(const RunOptions& options, const std::vector<Scenario>& scenarios,
+                               const fs::path& root) {
+  std::vector<fs::path> disks;
+  for (const std::string& name : FolderNames(options.files)) {
+    disks.push_back(root / name);
+    const std::string why = WhyNotInto(disks.back(), scenarios[disks.size() - 1]);
+    if (why.empty()) continue;
+    std::fprintf(stderr, "%s\n", why.c_str());
+    return {};
+  }
+  return disks;
 }
 
 }  // namespace
 
 int Run(const RunOptions& options) {
+  if (std::ranges::count(options.files, kStandardInput) > 1) {
+    std::fprintf(stderr, "-: given more than once; standard input holds one scenario\n");
+    return kBadInput;
+  }
   const auto scenarios = ReadAll(options.files);
   if (!scenarios) return kBadInput;
+  TakeInterruptions();
+  std::optional<TemporaryFolder> temporary;
+  fs::path root = options.log_dir;
   try {
-    if (!options.log_dir.empty()) {
-      fs::create_directories(options.log_dir);
-      return PlayAll(options, *scenarios, options.log_dir);
+    if (root.empty()) {
+      root = temporary.emplace().Path();
+    } else {
+      fs::create_directories(root);
     }
-    const TemporaryFolder folder;
-    return PlayAll(options, *scenarios, folder.Path());
+    const std::vector<fs::path> disks = DisksFor(options, *scenarios, root);
+    return disks.empty() ? kBadInput : PlayAll(options, *scenarios, disks);
   } catch (const fs::filesystem_error& error) {
     std::fprintf(stderr, "the log folder cannot be used: %s\n", error.what());
-    return kBadInput;
+    // Of a folder that the caller has chosen, the choice may be to blame.
+    const bool full = error.code() == std::errc::no_space_on_device;
+    return options.log_dir.empty() || full ? kNotWritten : kBadInput;
   }
 }
 
@@ -119,7 +192,9 @@ int List(const std::string& folder) {
   const auto scenarios = ReadAll(files);
   if (!scenarios) return kBadInput;
   for (size_t i = 0; i < files.size(); ++i) {
-    std::printf("%-48s %s\n", files[i].c_str(), (*scenarios)[i].title.c_str());
+    std::string line = files[i];
+    line.resize(std::max(line.size(), kTitleColumn), ' ');
+    StandardOutput().Print(line + " " + (*scenarios)[i].title + "\n");
   }
   return kRanToItsEnd;
 }
@@ -127,7 +202,8 @@ int List(const std::string& folder) {
 int Check(const std::vector<std::string>& files) {
   const auto scenarios = ReadAll(files);
   if (!scenarios) return kBadInput;
-  std::printf("%zu scenario%s read, nothing wrong\n", files.size(), files.size() == 1 ? "" : "s");
+  StandardOutput().Print(std::to_string(files.size()) + " scenario" +
+                         (files.size() == 1 ? "" : "s") + " read, nothing wrong\n");
   return kRanToItsEnd;
 }
 

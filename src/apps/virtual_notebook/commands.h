@@ -24,14 +24,17 @@ struct RunOptions {
   bool free_running = false;
 };
 
-// All scenarios, or none when one of them is bad; says which.
+// All scenarios, "-" being the one on standard input, or none when one of them is
+// bad; says which.
 std::optional<std::vector<virtual_notebook::Scenario>> ReadAll(
     const std::vector<std::string>& files);
 // Prints what became of story `number` of `count`: the table of a single story, a
-// line of one among several, or JSON. Answers the exit code that it deserves.
+// line of one among several, or JSON. Answers the exit code that it deserves:
+// kNotWritten (see standard_output.h) when its log was lost.
 int ShowSummary(const Summary& summary, size_t number, size_t count, bool json);
 
-// Plays scenarios; nothing runs when one of them cannot be read.
+// Plays scenarios; nothing runs when one of them cannot be read. From then on it is
+// interruptible: what has been played is still summed up.
 int Run(const RunOptions& options);
 // Lists the scenarios of a folder with their titles.
 int List(const std::string& folder);

@@ -14,6 +14,15 @@ uint32_t Count(std::string_view log, std::string_view text) {
 
 }  // namespace
 
+LogCounts& LogCounts::operator+=(const LogCounts& other) {
+  triggers += other.triggers;
+  runs += other.runs;
+  retries += other.retries;
+  give_ups += other.give_ups;
+  restart_attempts += other.restart_attempts;
+  return *this;
+}
+
 LogCounts CountLog(std::string_view log) {
   return {.triggers = Count(log, "CTaskFactory createTask TASK_TYPE_AUTH"),
           .runs = Count(log, " Cast Time "),

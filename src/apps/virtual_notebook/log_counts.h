@@ -1,4 +1,4 @@
-// What a service log tells of the work that was done.
+// What a service log, or any part of it, tells of the work that was done.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,8 @@ struct LogCounts {
   uint32_t retries = 0;
   uint32_t give_ups = 0;
   uint32_t restart_attempts = 0;
+
+  LogCounts& operator+=(const LogCounts& other);
 };
 
 LogCounts CountLog(std::string_view log);

@@ -141,7 +141,8 @@ void AddFaults(Table& table, const std::vector<FiredFault>& faults) {
 size_t Restarts(const Summary& summary) { return summary.report.launches.size(); }
 
 const char* Verdict(const Summary& summary) {
-  return summary.report.Behaved() ? "ok" : "MISBEHAVED";
+  if (!summary.report.Behaved()) return "MISBEHAVED";
+  return summary.report.cut_short ? "INTERRUPTED" : "ok";
 }
 
 }  // namespace
@@ -162,6 +163,8 @@ std::string SummaryTable(const Summary& summary) {
   for (const std::string& note : report.notes) table.Row("note", note);
   if (!report.standard_output.empty()) table.Row("standard output", report.standard_output);
   if (!report.deadlock.empty()) table.Row("DEADLOCK", report.deadlock);
+  if (report.cut_short) table.Row("INTERRUPTED", "the story was not played to its end");
+  if (!summary.log_lost.empty()) table.Row("LOG LOST", summary.log_lost);
   table.Row("virtual time", Format("%.3f s", Seconds(report.virtual_time)));
   table.Row("real time", Format("%.3f s", Seconds(summary.real_time)));
   if (!summary.log_folder.empty()) table.Row("log files", summary.log_folder);
@@ -173,16 +176,19 @@ std::string SummaryLine(const Summary& summary) {
                                ? Format("%u runs, %u retries, %u give-ups", summary.counts->runs,
                                         summary.counts->retries, summary.counts->give_ups)
                                : "log switched off";
-  return Format("%s: %s; radio %d -> %d; %s; %zu restarts; %.1f s in %.3f s", summary.file.c_str(),
-                Verdict(summary), summary.report.radio_before, summary.report.radio_after,
-                work.c_str(), Restarts(summary), Seconds(summary.report.virtual_time),
-                Seconds(summary.real_time));
+  const char* const lost = summary.log_lost.empty() ? "" : "; LOG LOST";
+  return Format("%s: %s%s; radio %d -> %d; %s; %zu restarts; %.1f s in %.3f s",
+                summary.file.c_str(), Verdict(summary), lost, summary.report.radio_before,
+                summary.report.radio_after, work.c_str(), Restarts(summary),
+                Seconds(summary.report.virtual_time), Seconds(summary.real_time));
 }
 
 std::string SummaryJson(const Summary& summary) {
   const virtual_notebook::StoryReport& report = summary.report;
-  nlohmann::ordered_json json{
-      {"file", summary.file}, {"title", summary.title}, {"behaved", report.Behaved()}};
+  nlohmann::ordered_json json{{"file", summary.file},
+                              {"title", summary.title},
+                              {"behaved", report.Behaved()},
+                              {"interrupted", report.cut_short}};
   if (summary.counts) {
     json["triggers"] = summary.counts->triggers;
     json["runs"] = summary.counts->runs;
@@ -225,7 +231,8 @@ std::string SummaryJson(const Summary& summary) {
   json["virtual_seconds"] = Seconds(report.virtual_time);
   json["real_seconds"] = Seconds(summary.real_time);
   json["log_folder"] = summary.log_folder;
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  json["log_lost"] = summary.log_lost;
+  return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace nuvelta::story

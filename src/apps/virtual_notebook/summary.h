@@ -14,14 +14,15 @@ struct Summary {
   std::string file;
   std::string title;
   virtual_notebook::StoryReport report;
-  std::optional<LogCounts> counts;  // none when the service wrote no log
+  std::optional<LogCounts> counts;  // none when there is no telling
   std::chrono::nanoseconds real_time{};
   std::string log_folder;  // empty when it was not kept
+  std::string log_lost{};  // why lines of the log could not be written, if some could not
 };
 
 std::string SummaryTable(const Summary& summary);
 std::string SummaryLine(const Summary& summary);
-// One JSON object, indented.
+// One JSON object in one line, with its line end.
 std::string SummaryJson(const Summary& summary);
 
 }  // namespace nuvelta::story

@@ -32,6 +32,7 @@ constexpr int kNotRun = 127;
   // A Ctrl-C at the terminal is the parent's to act on.
   setpgid(0, 0);
   std::signal(SIGPIPE, SIG_DFL);
+  std::signal(SIGXFSZ, SIG_DFL);
   dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
   dup2(output, STDERR_FILENO);

@@ -70,9 +70,9 @@ std::string Excerpt(const char* side, const Lines& lines, size_t at) {
   std::string text = Format("    %s:\n", side);
   const size_t begin = at > kLinesBefore ? at - kLinesBefore : 0;
   for (size_t i = begin; i < std::min(lines.size(), at + kLinesAfter + 1); ++i) {
-    std::string line = story::FromLogCodePage(lines[i]);
-    std::erase(line, '\n');
-    text += (i == at ? "    > " : "      ") + line + "\n";
+    std::string line = lines[i];
+    std::erase_if(line, [](char c) { return c == '\r' || c == '\n'; });
+    text += (i == at ? "    > " : "      ") + story::FromLogCodePage(line) + "\n";
   }
   return at < lines.size() ? text : text + "    > (nothing more)\n";
 }

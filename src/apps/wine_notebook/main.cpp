@@ -3,26 +3,26 @@
 #include <cstdio>
 #include <exception>
 
+#include "apps/story/interruption.h"
+#include "apps/story/standard_output.h"
 #include "apps/virtual_notebook/commands.h"
 #include "apps/wine_notebook/bad_input.h"
-#include "apps/wine_notebook/interruption.h"
-#include "apps/wine_notebook/output.h"
 #include "apps/wine_notebook/wine_commands.h"
 
+namespace nuvelta::wine_notebook {
 namespace {
 
-using namespace nuvelta::wine_notebook;
+constexpr const char* kProgram = "wine_notebook";
 
-int ParseAndRun(int argc, char** argv) {
+int Main(int argc, char** argv) {
   CLI::App app{"Plays the service's executable under Wine: real Win32, virtual hardware and time."};
   app.require_subcommand(1);
   app.set_version_flag("--version", "wine_notebook " NUVELTA_VERSION);
   app.footer(
       "Exit code: 0 when every story ran to its end (parity: and was the same both ways), 1 when\n"
-      "not, 2 for bad input, 3 when Wine is missing, does not work or its prefix is in use, 4 "
-      "when\n"
-      "the output could not be written, 128 and the signal when interrupted. The scenario format\n"
-      "is described in docs/scenarios.md.");
+      "not, 2 for bad input, 3 when Wine is missing, does not work or its prefix is in use,\n"
+      "4 when the output could not be written, 128 and the signal when interrupted.\n"
+      "The scenario format is described in docs/scenarios.md.");
 
   Places places{
       .binaries = {.service = "build/windows-clang/bin", .stage = "build/windows-clang/wine"},
@@ -58,32 +58,31 @@ int ParseAndRun(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? nuvelta::story::kRanToItsEnd : nuvelta::story::kBadInput;
+    return app.exit(error) == 0 ? story::kRanToItsEnd : story::kBadInput;
   }
-  TakeInterruptions();
+  story::TakeInterruptions();
   try {
     if (run->parsed()) return Run(places, files, json);
     if (parity->parsed()) return Parity(places, files);
     if (drive->parsed()) return Drive(places, arguments);
     return Clean(places);
-  } catch (const Interrupted& interrupted) {
-    std::fprintf(stderr, "wine_notebook: %s\n", interrupted.what());
-    return 128 + interrupted.Signal();
+  } catch (const story::Interrupted& interrupted) {
+    return story::EndInterrupted(kProgram, interrupted.Signal());
   } catch (const BadInput& error) {
-    std::fprintf(stderr, "wine_notebook: %s\n", error.what());
-    return nuvelta::story::kBadInput;
+    std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
+    return story::kBadInput;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "wine_notebook: %s\n", error.what());
+    std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
     return kWineFailed;
   }
 }
 
 }  // namespace
+}  // namespace nuvelta::wine_notebook
 
 int main(int argc, char** argv) {
-  KeepStandardStreams();
-  const int result = ParseAndRun(argc, argv);
-  if (AllPrinted()) return result;
-  std::fprintf(stderr, "wine_notebook: the output could not be written\n");
-  return result == nuvelta::story::kRanToItsEnd ? kNotPrinted : result;
+  using namespace nuvelta;
+  story::SecureStandardStreams();
+  const int result = wine_notebook::Main(argc, argv);
+  return story::CheckStandardOutput(wine_notebook::kProgram, result);
 }

@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "apps/story/interruption.h"
 #include "apps/story/story.h"
 #include "apps/story/temporary_folder.h"
 #include "apps/virtual_notebook/commands.h"
 #include "apps/wine_notebook/comparison.h"
-#include "apps/wine_notebook/interruption.h"
 #include "apps/wine_notebook/journal_report.h"
 #include "apps/wine_notebook/playing.h"
 #include "apps/wine_notebook/unplayable.h"
@@ -89,7 +89,7 @@ int CompareAll(WinePrefix& prefix, const std::vector<std::string>& files,
     try {
       const bool alike = CompareOne(prefix, files[i], scenarios[i]);
       ++(alike ? same : different);
-    } catch (const Interrupted&) {
+    } catch (const story::Interrupted&) {
       throw;
     } catch (const std::runtime_error& error) {
       ++different;

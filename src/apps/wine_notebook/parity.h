@@ -10,7 +10,7 @@
 namespace nuvelta::wine_notebook {
 
 // Prints a line for each story, the differences, and a line of counts. Answers the
-// program's exit code. Throws Interrupted.
+// program's exit code. Throws story::Interrupted.
 int CompareAll(WinePrefix& prefix, const std::vector<std::string>& files,
                const std::vector<virtual_notebook::Scenario>& scenarios);
 

@@ -9,9 +9,9 @@
 #include <optional>
 #include <stdexcept>
 
+#include "apps/story/interruption.h"
 #include "apps/story/log_files.h"
 #include "apps/virtual_notebook/log_follower.h"
-#include "apps/wine_notebook/interruption.h"
 #include "apps/wine_notebook/journal_report.h"
 #include "wine/story/places.h"
 
@@ -52,7 +52,7 @@ fs::path Follow(ChildProcess& driver, const WinePrefix& prefix,
         on_logs(log_folder);
       }
     }
-    ThrowIfInterrupted();
+    story::ThrowIfInterrupted();
     if (std::chrono::steady_clock::now() > end) {
       throw std::runtime_error("the story has not ended after 900 s of real time");
     }

@@ -21,7 +21,7 @@ struct WineStory {
 };
 
 // Plays the scenario that `file` holds. `print`, unless empty, is handed the log
-// while it is written, on another thread. Throws Interrupted, after having cleaned
+// while it is written, on another thread. Throws story::Interrupted, after having cleaned
 // up, or std::runtime_error in one line.
 WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file,
                         const virtual_notebook::Scenario& scenario,

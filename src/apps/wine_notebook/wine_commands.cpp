@@ -5,9 +5,11 @@
 #include <cstdio>
 #include <memory>
 
+#include "apps/story/interruption.h"
+#include "apps/story/standard_output.h"
 #include "apps/virtual_notebook/commands.h"
 #include "apps/virtual_notebook/log_printer.h"
-#include "apps/wine_notebook/interruption.h"
+#include "apps/virtual_notebook/story_folders.h"
 #include "apps/wine_notebook/parity.h"
 #include "apps/wine_notebook/playing.h"
 #include "apps/wine_notebook/unplayable.h"
@@ -23,7 +25,7 @@ namespace {
 
 story::Summary PlayOne(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
                        bool show_log) {
-  story::LogPrinter printer(stdout);
+  story::LogPrinter printer(story::StandardOutput());
   const auto print = [&](const std::string& text) { printer.Print(text); };
   const auto begin = std::chrono::steady_clock::now();
   const WineStory played = PlayUnderWine(
@@ -38,6 +40,13 @@ story::Summary PlayOne(WinePrefix& prefix, const std::string& file, const Scenar
   return summary;
 }
 
+// The driver reads the scenario again, from its file.
+bool AreFiles(const std::vector<std::string>& files) {
+  if (std::ranges::find(files, story::kStandardInput) == files.end()) return true;
+  std::fprintf(stderr, "-: standard input is played by virtual_notebook only; expected a file\n");
+  return false;
+}
+
 // What is missing is told before anything is made or changed.
 std::unique_ptr<WinePrefix> Open(const Places& places) {
   CheckBinaries(places.binaries);
@@ -50,6 +59,7 @@ std::unique_ptr<WinePrefix> Open(const Places& places) {
 }  // namespace
 
 int Run(const Places& places, const std::vector<std::string>& files, bool json) {
+  if (!AreFiles(files)) return kBadInput;
   const auto scenarios = story::ReadAll(files);
   if (!scenarios) return kBadInput;
   for (size_t i = 0; i < files.size(); ++i) {
@@ -72,6 +82,7 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
 }
 
 int Parity(const Places& places, const std::vector<std::string>& files) {
+  if (!AreFiles(files)) return kBadInput;
   const auto scenarios = story::ReadAll(files);
   if (!scenarios) return kBadInput;
   const auto prefix = Open(places);
@@ -86,7 +97,7 @@ int Drive(const Places& places, const std::vector<std::string>& arguments) {
       runs = driver->Wait(std::chrono::milliseconds(50));
       for (const std::string& line : driver->Lines()) std::printf("%s\n", line.c_str());
       std::fflush(stdout);
-      ThrowIfInterrupted();
+      story::ThrowIfInterrupted();
     }
   } catch (...) {
     driver.reset();

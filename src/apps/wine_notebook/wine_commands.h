@@ -11,7 +11,6 @@ namespace nuvelta::wine_notebook {
 
 // Exit codes beside those of virtual_notebook.
 inline constexpr int kWineFailed = 3;  // no Wine, it does not work, or its prefix is in use
-inline constexpr int kNotPrinted = 4;  // the output could not be written
 
 struct Places {
   Binaries binaries;
@@ -19,7 +18,7 @@ struct Places {
 };
 
 // Plays stories; nothing runs when one of them cannot be read. These throw BadInput,
-// Interrupted, or std::runtime_error in one line.
+// story::Interrupted, or std::runtime_error in one line.
 int Run(const Places& places, const std::vector<std::string>& files, bool json);
 // Plays stories both ways.
 int Parity(const Places& places, const std::vector<std::string>& files);

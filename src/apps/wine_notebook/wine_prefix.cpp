@@ -10,8 +10,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "apps/story/interruption.h"
 #include "apps/wine_notebook/bad_input.h"
-#include "apps/wine_notebook/interruption.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {
@@ -106,7 +106,7 @@ void WinePrefix::Make() {
       const auto end = std::chrono::steady_clock::now() + kMakePatience;
       while (boot.Wait(20ms) && std::chrono::steady_clock::now() < end) {
         boot.Lines();
-        ThrowIfInterrupted();
+        story::ThrowIfInterrupted();
       }
     } catch (...) {
       End();

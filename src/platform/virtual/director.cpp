@@ -21,14 +21,23 @@ void VirtualMachine::Direct() {
   for (const Event& event : m_scenario.events) {
     for (uint32_t i = 0; i < event.repeat; ++i) {
       const Nanoseconds due = parts.start + event.at + i * event.every;
-      if (due > parts.scheduler.Now()) parts.scheduler.Sleep(due - parts.scheduler.Now());
+      if (due > parts.scheduler.Now()) {
+        parts.scheduler.SleepUnlessCutShort(due - parts.scheduler.Now());
+      }
+      if (parts.scheduler.CutShort()) return CutShort();
       PlayEvent(event);
     }
   }
-  if (!parts.scheduler.WaitForRest(m_scenario.rest_within)) {
-    Note("the service did not come to rest; the story ends all the same");
-  }
+  const bool rested = parts.scheduler.WaitForRest(m_scenario.rest_within);
+  if (parts.scheduler.CutShort()) return CutShort();
+  if (!rested) Note("the service did not come to rest; the story ends all the same");
   EndStory();
+}
+
+// No more than the service's process is taken back.
+void VirtualMachine::CutShort() {
+  m_parts->scheduler.Change([&] { m_parts->over = m_parts->cut_short = true; });
+  KillService(m_parts->current);
 }
 
 void VirtualMachine::PlayEvent(const Event& event) {

@@ -71,6 +71,7 @@ struct VirtualMachine::Parts {
   std::vector<std::string> launches;
   std::vector<std::string> notes;
   bool over = false;  // the story; nothing starts any more
+  bool cut_short = false;
   std::string stuck;  // who waited for what when the service did not end
   size_t leaked_handles = 0;
 

@@ -48,12 +48,21 @@ void Scheduler::Sleep(Nanoseconds duration) {
   ThrowIfKilled(self.killed);
 }
 
+void Scheduler::SleepUnlessCutShort(Nanoseconds duration) {
+  {
+    const std::lock_guard lock(m_mutex);
+    t_thread->can_be_cut_short = true;
+  }
+  Sleep(duration);
+}
+
 bool Scheduler::WaitForRest(Nanoseconds timeout) {
   Thread& self = *t_thread;
   std::unique_lock lock(m_mutex);
   ThrowIfKilled(self.killed);
   self.state = Thread::State::kWaiting;
   self.for_rest = true;
+  self.can_be_cut_short = true;
   self.due = Now() + timeout;
   SwitchAway(lock, self);
   ThrowIfKilled(self.killed);

@@ -50,6 +50,10 @@ void Scheduler::OnEscape(
   m_on_escape = std::move(handler);
 }
 
+void Scheduler::AskWhetherToGoOn(std::function<bool(Nanoseconds now)> go_on) {
+  m_go_on = std::move(go_on);
+}
+
 void Scheduler::Run() {
   std::unique_lock lock(m_mutex);
   m_started = true;
@@ -108,12 +112,14 @@ void Scheduler::SwitchAway(std::unique_lock<std::mutex>& lock, Thread& thread) {
   WaitForBaton(lock, thread);
   thread.object = nullptr;
   thread.for_rest = false;
+  thread.can_be_cut_short = false;
   thread.due.reset();
 }
 
 void Scheduler::Dispatch() {
   if (!m_started) return;
   if (m_on_step && m_running == 0) m_on_step();
+  if (m_go_on && !m_cut_short && !m_go_on(Now())) m_cut_short = true;
   for (;;) {
     if (m_mode == Mode::kDeterministic && m_running > 0) return;
     const std::vector<Thread*> candidates = Candidates();
@@ -132,7 +138,8 @@ std::vector<Scheduler::Thread*> Scheduler::Candidates() const {
   const Nanoseconds now = Now();
   for (const auto& thread : m_threads) {
     const bool waiting_is_over = thread->state == Thread::State::kWaiting &&
-                                 (thread->killed || (thread->due && *thread->due <= now) ||
+                                 (thread->killed || (thread->can_be_cut_short && m_cut_short) ||
+                                  (thread->due && *thread->due <= now) ||
                                   (thread->object != nullptr && thread->object->Ready(thread->id)));
     if (thread->state == Thread::State::kReady || waiting_is_over) {
       candidates.push_back(thread.get());

@@ -58,6 +58,11 @@ class Scheduler {
   // Called on the thread itself, before any other thread of its process goes on.
   void OnEscape(std::function<void(const std::string& thread, const std::string& what)> handler);
 
+  // `go_on` is asked at every hand-over, under the scheduler's lock, with the time.
+  // Once it has answered false, the waits that say so below are cut short.
+  void AskWhetherToGoOn(std::function<bool(Nanoseconds now)> go_on);
+  bool CutShort() const { return m_cut_short; }
+
   // Host thread only: runs until every thread has ended.
   void Run();
 
@@ -71,8 +76,10 @@ class Scheduler {
   bool Wait(Waitable& object, std::optional<Nanoseconds> timeout);
   // Throws ThreadKilled.
   void Sleep(Nanoseconds duration);
+  // A sleep that can be cut short. Throws ThreadKilled.
+  void SleepUnlessCutShort(Nanoseconds duration);
   // Waits until no other thread can go on by itself. False when the time ran out
-  // first. Throws ThreadKilled.
+  // first. Can be cut short. Throws ThreadKilled.
   bool WaitForRest(Nanoseconds timeout);
   // Runs `change` under the lock, then lets the threads that it made ready go
   // on. Never throws ThreadKilled. Also allowed on threads not scheduled.
@@ -141,6 +148,8 @@ class Scheduler {
   std::string m_deadlock;
   std::function<void(const std::string&, const std::string&)> m_on_escape;
   std::function<void()> m_on_step;
+  std::function<bool(Nanoseconds)> m_go_on;
+  std::atomic<bool> m_cut_short = false;
 };
 
 }  // namespace nuvelta::virtual_notebook

@@ -22,6 +22,7 @@ struct Scheduler::Thread {
   State state = State::kReady;
   Waitable* object = nullptr;      // while waiting: for this,
   bool for_rest = false;           // or for the rest of all others,
+  bool can_be_cut_short = false;   // or for the story to be cut short,
   std::optional<Nanoseconds> due;  // or until this moment
   bool signalled = false;          // how the last wait ended
   bool killed = false;

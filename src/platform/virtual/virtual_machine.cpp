@@ -51,6 +51,10 @@ VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, const 
   }
   m_parts->scheduler.OnEscape(
       [this](const std::string& thread, const std::string& what) { OnCrash(thread, what); });
+  if (options.go_on) {
+    m_parts->scheduler.AskWhetherToGoOn([go_on = options.go_on, start = m_parts->start](
+                                            Nanoseconds now) { return go_on(now - start); });
+  }
   platform::Install(&m_parts->platform);
 }
 
@@ -177,7 +181,8 @@ StoryReport VirtualMachine::Report() {
           .deadlock = parts.stuck.empty() ? parts.scheduler.Deadlock() : parts.stuck,
           .leaked_handles = parts.leaked_handles,
           .virtual_time = parts.scheduler.Now() - parts.start,
-          .steps = parts.scheduler.Steps()};
+          .steps = parts.scheduler.Steps(),
+          .cut_short = parts.cut_short};
 }
 
 }  // namespace nuvelta::virtual_notebook

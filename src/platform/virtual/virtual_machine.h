@@ -49,6 +49,7 @@ struct StoryReport {
                               // those that the process keeps
   Nanoseconds virtual_time{};
   uint64_t steps = 0;
+  bool cut_short = false;  // by Options::go_on
 
   // True when nothing crashed and nothing was stuck.
   bool Behaved() const;
@@ -60,6 +61,10 @@ class VirtualMachine {
     Scheduler::Mode mode = Scheduler::Mode::kDeterministic;
     uint64_t seed = 1;
     std::filesystem::path disk;  // the host folder that holds the notebook's files
+    // Asked often, under a lock and on any thread, with the time since the story's
+    // start. Once it answers false the service's process is ended, and with it the
+    // story. Empty: it goes on to its end.
+    std::function<bool(Nanoseconds story_time)> go_on{};
   };
 
   // Sets the host process's time zone to the story's.
@@ -87,6 +92,7 @@ class VirtualMachine {
   void ServiceProcess(uint32_t process);
   void StopService();
   void EndStory();
+  void CutShort();
   void KillService(uint32_t process);
   void RunShell(const std::string& command_line);
   void Note(std::string text);

@@ -67,8 +67,13 @@ std::vector<uint8_t> ReadRawFile(const JsonCursor& at, const std::string& folder
   if (name.is_absolute() || std::ranges::find(name, "..") != name.end()) {
     at.RefuseValue("a file in the scenario's folder or below it");
   }
-  const auto bytes = ReadWholeFile((std::filesystem::path(folder) / name).string(), kLargestTable);
-  if (!bytes) at.RefuseValue("a file of at most 1 MiB that can be read");
+  std::string why;
+  const auto bytes =
+      ReadWholeFile((std::filesystem::path(folder) / name).string(), kLargestTable, why);
+  if (!bytes) {
+    at.Refuse("the file \"" + name.string() + "\": " + why,
+              "a file of at most 1 MiB that can be read");
+  }
   return {bytes->begin(), bytes->end()};
 }
 

@@ -15,8 +15,9 @@ namespace nuvelta::virtual_notebook {
 inline constexpr int64_t kLongestStory = 366LL * 24 * 3600;
 inline constexpr int64_t kLongestPauseMs = 24LL * 3600 * 1000;
 
-// Reads a file of at most `most` bytes; nothing when that cannot be done.
-std::optional<std::string> ReadWholeFile(const std::string& path, size_t most);
+// Reads a file of at most `most` bytes. Nothing when that cannot be done; then `why`
+// tells what is wrong with it.
+std::optional<std::string> ReadWholeFile(const std::string& path, size_t most, std::string& why);
 
 // `folder` is where raw files lie.
 Notebook ReadNotebook(const JsonCursor& at, const std::string& folder);

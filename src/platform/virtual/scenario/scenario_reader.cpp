@@ -1,9 +1,11 @@
 #include "platform/virtual/scenario/scenario_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <system_error>
 
 #include "platform/virtual/scenario/json_document.h"
 #include "platform/virtual/scenario/scenario_parts.h"
@@ -15,8 +17,6 @@ namespace nuvelta::virtual_notebook {
 namespace {
 
 constexpr int64_t kLongestRest = 86400;  // seconds
-
-constexpr size_t kLargestScenario = 4U << 20U;
 
 std::string ReadTitle(const JsonCursor& at) {
   std::string title = at.NonEmptyText();
@@ -59,15 +59,28 @@ Scenario ReadRoot(const JsonCursor& root, const std::string& folder) {
 
 }  // namespace
 
-std::optional<std::string> ReadWholeFile(const std::string& path, size_t most) {
-  // Only a regular file has an end that can be relied on.
+std::optional<std::string> ReadWholeFile(const std::string& path, size_t most, std::string& why) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return {};
+  const auto status = std::filesystem::status(path, error);
+  if (error || std::filesystem::is_directory(status)) {
+    why = error ? error.message() : "a folder";
+    return {};
+  }
+  // Only a regular file has an end that can be relied on.
+  if (!std::filesystem::is_regular_file(status)) {
+    why = "neither a file nor a folder";
+    return {};
+  }
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
   std::string bytes(most + 1, '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (file.bad() || (file.fail() && !file.eof()) ||
-      file.gcount() > static_cast<std::streamsize>(most)) {
+  if (file.bad() || (file.fail() && !file.eof())) {
+    why = errno == 0 ? "cannot be read" : std::generic_category().message(errno);
+    return {};
+  }
+  if (file.gcount() > static_cast<std::streamsize>(most)) {
+    why = "too large";
     return {};
   }
   bytes.resize(static_cast<size_t>(file.gcount()));
@@ -81,10 +94,9 @@ Scenario ReadScenarioText(std::string_view text, const std::string& name_for_err
 }
 
 Scenario ReadScenarioFile(const std::string& path) {
-  const auto text = ReadWholeFile(path, kLargestScenario);
-  if (!text) {
-    throw ScenarioError(path + ": cannot be read; expected a scenario file of at most 4 MiB");
-  }
+  std::string why;
+  const auto text = ReadWholeFile(path, kLargestScenario, why);
+  if (!text) throw ScenarioError(path + ": " + why + "; expected a scenario file of at most 4 MiB");
   return ReadScenarioText(*text, path, std::filesystem::path(path).parent_path().string());
 }
 

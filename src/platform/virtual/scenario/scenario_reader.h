@@ -1,6 +1,7 @@
 // Reads scenarios; docs/scenarios.md describes the form.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,9 @@
 #include "platform/virtual/scenario/scenario_error.h"
 
 namespace nuvelta::virtual_notebook {
+
+// Bytes of a scenario's text.
+inline constexpr size_t kLargestScenario = 4U << 20U;
 
 // Reads the scenario in the file at `path`, and the raw files that it names,
 // which lie relative to it. Throws ScenarioError: one line with the file, the
