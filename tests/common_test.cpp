@@ -61,7 +61,8 @@ TEST(LogFile, GoesOnAfterARotationThatFailed) {
   const TemporaryFolder disk;
   const auto folder = disk.Path() / "log", file = folder / "a.log", away = disk.Path() / "away";
   const std::string longer(600, 'a'), shorter(100, 'b');
-  Sink log{.sink{file.string(), 1000, 3}};
+  std::string lost;
+  Sink log{.sink{file.string(), 1000, 3, [&](const std::string& why) { lost = why; }}};
   log.sink.set_pattern("%v");
   log.Log(longer);
   // The old name is taken: the library gives the old lines up, but no new one.
@@ -71,7 +72,9 @@ TEST(LogFile, GoesOnAfterARotationThatFailed) {
   // No file can be had at all; short lines would still fit into the one that was closed.
   fs::rename(folder, away);
   std::ofstream{folder} << "no folder";
+  EXPECT_EQ(lost, "");
   log.Log(longer);
+  EXPECT_NE(lost.find(file.string()), std::string::npos) << lost;
   log.Log(shorter);
   fs::remove(folder);
   fs::rename(away, folder);

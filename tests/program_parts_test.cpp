@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -11,6 +12,8 @@
 #include "apps/virtual_notebook/log_counts.h"
 #include "apps/virtual_notebook/log_follower.h"
 #include "apps/virtual_notebook/log_printer.h"
+#include "apps/virtual_notebook/progress.h"
+#include "apps/virtual_notebook/story_folders.h"
 #include "apps/virtual_notebook/summary.h"
 
 namespace nuvelta::test {
@@ -88,8 +91,9 @@ TEST(LogFollower, HandsOverEveryLineOnceAndInOrderAcrossRotation) {
 TEST(LogPrinter, ShowsTheLogsCodePageAsUtf8) {
   EXPECT_EQ(FromLogCodePage("plain ~ text"), "plain ~ text");
   EXPECT_EQ(FromLogCodePage("a \xCF\xB5\xCD\xB3 b"), "a \u7cfb\u7edf b");
-  EXPECT_EQ(FromLogCodePage("x\xFFy\xCF"), "x?y?");
-  EXPECT_EQ(FromLogCodePage("\xCF \xCF\xB5"), "? \u7cfb");
+  EXPECT_EQ(FromLogCodePage("x\xFFy\xCF"), "x\\xFFy\\xCF");
+  EXPECT_EQ(FromLogCodePage("\xCF \xCF\xB5\xA3\xAC"), "\\xCF \u7cfb\uff0c");
+  EXPECT_EQ(FromLogCodePage("\t\x1B[2J\r\x7F\n"), "\t\\x1B[2J\\x0D\\x7F\n");
 }
 
 TEST(LogPrinter, PrintsWholeLinesWithoutColourIntoAFile) {
@@ -102,7 +106,8 @@ TEST(LogPrinter, PrintsWholeLinesWithoutColourIntoAFile) {
     std::fseek(out, 0, SEEK_END);
     return text;
   };
-  LogPrinter printer(out);
+  Output output(out);
+  LogPrinter printer(output);
   const std::string head = "2026-11-16 00:58:46.123 0000abcd e : ";
   printer.Print(head + "one\r\nfollow");
   EXPECT_EQ(printed(), head + "one\n");
@@ -131,6 +136,23 @@ TEST(LogCounts, CountsTheMarksOfWork) {
   EXPECT_EQ(counts.give_ups, 2U);
   EXPECT_EQ(counts.restart_attempts, 1U);
   EXPECT_EQ(CountLog("").runs, 0U);
+}
+
+TEST(FolderNames, AreDistinctAndLeaveEachFileItsOwnName) {
+  EXPECT_EQ(
+      FolderNames({"a/x.json", "b/x.json", "-", "x-2.json", "a/x.json", "c/standard_input"}),
+      (std::vector<std::string>{"x", "x-3", "standard_input", "x-2", "x-4", "standard_input-2"}));
+}
+
+TEST(Progress, SpeaksNoMoreOftenThanItShould) {
+  char* text = nullptr;
+  size_t size = 0;
+  std::FILE* out = open_memstream(&text, &size);
+  Progress("often.json", out, 0s).Tell(90500ms);
+  Progress("seldom.json", out, 1h).Tell(90500ms);
+  std::fclose(out);
+  EXPECT_STREQ(text, "often.json: playing for 0 s, 90 s into the story\n");
+  std::free(text);
 }
 
 Summary CrashedSummary() {
@@ -210,6 +232,12 @@ TEST(Summary, TellsAPersonWhatHappened) {
             "  real time        0.000 s\n");
   EXPECT_EQ(SummaryLine(summary),
             "b.json: ok; radio 0 -> 0; log switched off; 0 restarts; 0.0 s in 0.000 s");
+  summary.report.cut_short = true;
+  summary.log_lost = "a.log: full";
+  EXPECT_NE(SummaryTable(summary).find("  INTERRUPTED      the story was not played to its end\n"
+                                       "  LOG LOST         a.log: full\n"),
+            std::string::npos);
+  EXPECT_EQ(SummaryLine(summary).find("b.json: INTERRUPTED; LOG LOST; radio"), 0U);
   summary.report.deadlock = "x waits for y";
   EXPECT_NE(SummaryTable(summary).find("  DEADLOCK         x waits for y\n"), std::string::npos);
   EXPECT_NE(SummaryLine(summary).find(": MISBEHAVED;"), std::string::npos);
@@ -217,9 +245,13 @@ TEST(Summary, TellsAPersonWhatHappened) {
 
 TEST(Summary, TellsAProgramTheSame) {
   Summary summary = CrashedSummary();
-  const auto json = nlohmann::json::parse(SummaryJson(summary));
+  const std::string line = SummaryJson(summary);
+  EXPECT_EQ(line.find('\n'), line.size() - 1);
+  const auto json = nlohmann::json::parse(line);
   EXPECT_EQ(json["file"], "a.json");
   EXPECT_EQ(json["behaved"], false);
+  EXPECT_EQ(json["interrupted"], false);
+  EXPECT_EQ(json["log_lost"], "");
   EXPECT_EQ(json["triggers"], 5);
   EXPECT_EQ(json["runs"], 4);
   EXPECT_EQ(json["retries"], 3);
