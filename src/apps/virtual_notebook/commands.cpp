@@ -161,6 +161,8 @@ int Run(const RunOptions& options) {
   TakeInterruptions();
   std::optional<TemporaryFolder> temporary;
   fs::path root = options.log_dir;
+  // Of a folder that the caller has named, the name may be to blame.
+  int blame = root.empty() ? kNotWritten : kBadInput;
   try {
     if (root.empty()) {
       root = temporary.emplace().Path();
@@ -168,12 +170,14 @@ int Run(const RunOptions& options) {
       fs::create_directories(root);
     }
     const std::vector<fs::path> disks = DisksFor(options, *scenarios, root);
-    return disks.empty() ? kBadInput : PlayAll(options, *scenarios, disks);
+    if (disks.empty()) return kBadInput;
+    blame = kNotWritten;
+    return PlayAll(options, *scenarios, disks);
   } catch (const fs::filesystem_error& error) {
-    std::fprintf(stderr, "the log folder cannot be used: %s\n", error.what());
-    // Of a folder that the caller has chosen, the choice may be to blame.
-    const bool full = error.code() == std::errc::no_space_on_device;
-    return options.log_dir.empty() || full ? kNotWritten : kBadInput;
+    const fs::path path = error.path1().empty() ? fs::path("$TMPDIR") : error.path1();
+    std::fprintf(stderr, "%s: cannot hold the log files: %s\n", path.c_str(),
+                 error.code().message().c_str());
+    return blame;
   }
 }
 
@@ -188,6 +192,7 @@ int List(const std::string& folder) {
                  error.message().c_str());
     return kBadInput;
   }
+  if (files.empty()) std::fprintf(stderr, "%s: no scenario (*.json) in it\n", folder.c_str());
   std::ranges::sort(files);
   const auto scenarios = ReadAll(files);
   if (!scenarios) return kBadInput;

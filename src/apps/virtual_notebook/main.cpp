@@ -46,8 +46,7 @@ int Main(int argc, char** argv) {
          "Choose the interleaving of the threads (default: the scenario's)")
       ->type_name("NUMBER");
   run->add_option("--log-dir", run_options.log_dir,
-                  "Keep the log files below this folder, one folder a scenario, in place of an\n"
-                  "earlier run's")
+                  "Keep the log files below this folder, one folder a scenario")
       ->type_name("FOLDER")
       ->check([](const std::string& text) {
         return std::string(text.empty() ? "found nothing; expected a folder" : "");
