@@ -175,6 +175,24 @@ TEST(Scheduler, TellsTheRestOfAllOthers) {
   });
 }
 
+TEST(Scheduler, CutsWaitsShortWhenItIsNotToGoOn) {
+  ForBothModes([](Desk& desk) {
+    std::atomic<bool> over = false;
+    desk.scheduler.AskWhetherToGoOn([](Nanoseconds now) { return now < kStart + 5s; });
+    desk.scheduler.Spawn("director", 0, [&] {
+      desk.scheduler.SleepUnlessCutShort(1h);
+      EXPECT_TRUE(desk.scheduler.CutShort());
+      desk.scheduler.WaitForRest(1h);
+      EXPECT_LE(desk.Passed(), 10s);
+      over = true;
+    });
+    desk.scheduler.Spawn("worker", 1, [&] {
+      while (!over) desk.scheduler.Sleep(1s);
+    });
+    desk.scheduler.Run();
+  });
+}
+
 TEST(Scheduler, UnwindsTheThreadsOfAKilledProcess) {
   struct Leaver {
     Scheduler& scheduler;
