@@ -12,6 +12,7 @@ namespace fs = std::filesystem;
 
 std::vector<std::string> FolderNames(const std::vector<std::string>& files) {
   std::vector<std::string> names;
+  names.reserve(files.size());
   for (const std::string& file : files) {
     names.push_back(file == kStandardInput ? "standard_input" : fs::path(file).stem().string());
   }
