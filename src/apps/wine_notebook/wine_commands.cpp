@@ -50,7 +50,7 @@ bool AreFiles(const std::vector<std::string>& files) {
 // What is missing is told before anything is made or changed.
 std::unique_ptr<WinePrefix> Open(const Places& places) {
   CheckBinaries(places.binaries);
-  MarkedFolder::Usable(places.prefix);
+  PrefixFolder::Usable(places.prefix);
   auto prefix = std::make_unique<WinePrefix>(places.prefix);
   prefix->Install(places.binaries);
   return prefix;
@@ -108,7 +108,7 @@ int Drive(const Places& places, const std::vector<std::string>& arguments) {
 }
 
 int Clean(const Places& places) {
-  const auto folder = MarkedFolder::Usable(places.prefix);
+  const auto folder = PrefixFolder::Usable(places.prefix);
   if (!std::filesystem::exists(folder / "drive_c")) {
     std::printf("no story was played in %s: nothing is to be undone\n", folder.c_str());
     return kRanToItsEnd;

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "apps/wine_notebook/child_process.h"
-#include "apps/wine_notebook/marked_folder.h"
+#include "apps/wine_notebook/prefix_folder.h"
 
 namespace nuvelta::wine_notebook {
 
@@ -62,7 +62,7 @@ class WinePrefix {
   // Wine is looked for before the folder is touched.
   const std::string m_wine;
   const std::string m_server;
-  MarkedFolder m_folder;
+  PrefixFolder m_folder;
   std::string m_zone;
 };
 

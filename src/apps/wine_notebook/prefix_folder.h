@@ -6,7 +6,7 @@
 
 namespace nuvelta::wine_notebook {
 
-class MarkedFolder {
+class PrefixFolder {
  public:
   // The absolute path of a folder that can be used: a marked one that is there, or one
   // that can be made, there being nothing yet, or an empty folder. Changes nothing.
@@ -16,10 +16,10 @@ class MarkedFolder {
 
   // Makes and marks it when that has not been done, and holds it for this process
   // alone. Throws BadInput, or std::runtime_error when another process holds it.
-  explicit MarkedFolder(const std::filesystem::path& path);
-  ~MarkedFolder();
-  MarkedFolder(const MarkedFolder&) = delete;
-  MarkedFolder& operator=(const MarkedFolder&) = delete;
+  explicit PrefixFolder(const std::filesystem::path& path);
+  ~PrefixFolder();
+  PrefixFolder(const PrefixFolder&) = delete;
+  PrefixFolder& operator=(const PrefixFolder&) = delete;
 
   const std::filesystem::path& Path() const { return m_path; }
 

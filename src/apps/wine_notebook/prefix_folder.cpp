@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/marked_folder.h"
+#include "apps/wine_notebook/prefix_folder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -143,13 +143,13 @@ fs::path Resolve(const fs::path& path) {
 
 }  // namespace
 
-fs::path MarkedFolder::Usable(const fs::path& path) {
+fs::path PrefixFolder::Usable(const fs::path& path) {
   fs::path resolved = Resolve(path);
   Inspect(resolved);
   return resolved;
 }
 
-MarkedFolder::MarkedFolder(const fs::path& path) : m_path(Usable(path)) {
+PrefixFolder::PrefixFolder(const fs::path& path) : m_path(Usable(path)) {
   std::error_code error;
   fs::create_directories(m_path, error);
   if (error) Refuse(m_path, "cannot be made: " + error.message());
@@ -168,15 +168,15 @@ MarkedFolder::MarkedFolder(const fs::path& path) : m_path(Usable(path)) {
   }
 }
 
-MarkedFolder::~MarkedFolder() { close(m_mark); }
+PrefixFolder::~PrefixFolder() { close(m_mark); }
 
-bool MarkedFolder::IsWhole() const {
+bool PrefixFolder::IsWhole() const {
   return ReadMark(m_mark) == std::string(kMark) + std::string(kWhole);
 }
 
-void MarkedFolder::SetWhole() { WriteMark(true); }
+void PrefixFolder::SetWhole() { WriteMark(true); }
 
-void MarkedFolder::Empty() {
+void PrefixFolder::Empty() {
   WriteMark(false);
   for (const auto& entry : fs::directory_iterator(m_path)) {
     if (entry.path().filename() != kMarkFile) fs::remove_all(entry.path());
@@ -184,7 +184,7 @@ void MarkedFolder::Empty() {
 }
 
 // The first line, once there, stays: a mark is one at any moment.
-void MarkedFolder::WriteMark(bool whole) {
+void PrefixFolder::WriteMark(bool whole) {
   const std::string text = std::string(kMark) + std::string(whole ? kWhole : "");
   if (pwrite(m_mark, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
       ftruncate(m_mark, static_cast<off_t>(text.size())) != 0 || fsync(m_mark) != 0) {
