@@ -6,6 +6,8 @@
 
 #include "apps/story/temporary_folder.h"
 #include "platform/virtual/code_page.h"
+#include "platform/virtual/control_rules.h"
+#include "platform/virtual/delay_plan.h"
 #include "platform/virtual/modem_model.h"
 #include "platform/virtual/unicode.h"
 #include "platform/virtual/virtual_files.h"
@@ -56,6 +58,88 @@ TEST(FaultPlan, FailsTheCallsThatItNames) {
                                {"HeapAlloc", 3}, {"SetEvent", 7}, {"_mkdir", 6}}));
 
   for (const CallFailures& call : KnownCalls()) EXPECT_EQ(FindCall(call.call), &call);
+}
+
+TEST(DelayPlan, AddsUpTheDelaysOfACall) {
+  using std::chrono::milliseconds;
+  DelayPlan plan({{.call = "SetEvent", .nth = 2, .count = 2, .late = milliseconds(5)},
+                  {.call = "SetEvent", .nth = 3, .count = 0, .late = milliseconds(40)}});
+  EXPECT_EQ(plan.Count("ResetEvent"), Duration());
+  for (const int expected : {0, 5, 45, 40, 40}) {
+    EXPECT_EQ(plan.Count("SetEvent"), milliseconds(expected));
+  }
+}
+
+// The table of states of ControlServiceEx, and who may send what.
+TEST(ControlRules, RefuseWhatTheManagerWouldRefuse) {
+  using namespace platform;
+  const auto answer = [](uint32_t control, uint32_t state, uint32_t accepted, bool stop_sent) {
+    const ManagedService service{
+        .status = {.dwCurrentState = state, .dwControlsAccepted = accepted},
+        .stop_sent = stop_sent};
+    const auto error = RefusalOf(control, service);
+    return error ? static_cast<int>(*error) : -1;  // -1: delivered
+  };
+  struct Row {
+    uint32_t state;
+    uint32_t accepted;
+    bool stop_sent;
+    std::map<uint32_t, int> answers;
+  };
+  const std::array rows{
+      Row{0, 0x81, false, {{1, 1062}, {4, 1062}, {200, 1062}, {14, 0}, {5, 0}, {127, 87}}},
+      Row{kServiceStopped, 0x81, false, {{1, 1062}, {2, 1062}, {14, 0}}},
+      Row{kServiceStartPending, 0, false, {{1, 1052}, {2, 1061}, {4, 1061}, {128, 1061}, {14, 0}}},
+      Row{kServiceStartPending, 0x81, false, {{1, -1}, {4, 1061}, {14, -1}}},
+      Row{kServiceRunning,
+          0x81,
+          false,
+          {{1, -1},
+           {2, 1052},
+           {3, 1052},
+           {4, -1},
+           {5, 0},
+           {6, 1052},
+           {10, 1052},
+           {11, 0},
+           {12, 0},
+           {13, 0},
+           {14, -1},
+           {15, 0},
+           {16, 0},
+           {17, 87},
+           {32, 0},
+           {64, 0},
+           {128, -1},
+           {255, -1}}},
+      Row{kServiceRunning,
+          0xF7E,
+          false,
+          {{1, 1052},
+           {2, -1},
+           {3, -1},
+           {5, -1},
+           {6, -1},
+           {7, -1},
+           {10, -1},
+           {11, 0},
+           {12, -1},
+           {13, -1},
+           {14, 0},
+           {15, -1},
+           {16, -1},
+           {32, -1},
+           {64, -1}}},
+      Row{kServiceRunning, 0x81, true, {{1, 1061}, {4, 1061}, {14, 0}}},
+      Row{kServicePausePending, 0x81, false, {{1, -1}, {3, 1052}, {4, -1}, {14, -1}}},
+      Row{kServiceStopPending, 0x81, true, {{1, 1061}, {4, 1061}, {200, 1061}, {14, 0}}},
+  };
+  for (const Row& row : rows) {
+    for (const auto& [control, expected] : row.answers) {
+      EXPECT_EQ(answer(control, row.state, row.accepted, row.stop_sent), expected)
+          << "control " << control << " in state " << row.state;
+    }
+  }
 }
 
 TEST(ModemModel, KeepsWhatItIsTold) {

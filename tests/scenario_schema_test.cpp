@@ -116,6 +116,7 @@ constexpr const char* kImpossible = R"([
 ["/notebook/program_version", "1.2"], ["/events/0/at", -1], ["/events/0/do", "begin"], ["/events/0/every_ms", 1],
 ["/events/1/repeat", 0], ["/events/3/number", 0], ["/events/12/source", "s"], ["/faults/0/call", "Sleep"],
 ["/faults/0/hresult", "0x80004005"], ["/faults/0/error", 0], ["/faults/0/nth", 0], ["/faults/0/count", "forever"],
+["/delays/0/call", "Sleep"], ["/delays/0/count", 0], ["/delays/0", {"call": "CreateEventW"}], ["/delays/0/late_ms", -1],
 ["/faults/2/null", true], ["/faults/3/bad_alloc", false], ["/faults/4/hresult", "0x80004005"]])";
 
 TEST(ScenarioSchema, RefusesImpossibleValuesLikeTheReader) {

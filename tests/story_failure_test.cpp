@@ -188,5 +188,19 @@ TEST(Misbehaviour, OfAnyThreadThatThrowsIsACrash) {
   EXPECT_EQ(report.processes[0].crash, "thread \"thrower\": lost");
 }
 
+// The arrival waits for the lock under which the set-up of the watcher fails.
+TEST(StoryFailure, LetsNobodyHaveWhatACrashLetsGo) {
+  const Scenario scenario = Inline(R"({'faults': [{'call': 'AccountWatcher::AccountAdded',
+      'bad_alloc': true}], 'delays': [{'call': 'CreateEventW', 'count': 'always', 'late_ms': 40}],
+      'events': [{'at': 0, 'do': 'start'}, {'at': 0.1, 'do': 'arrival'}]})");
+  for (uint64_t seed = 1; seed <= 20; ++seed) {
+    const Told told = Tell(scenario, seed);
+    EXPECT_EQ(told.report.processes.at(0).crash, "thread \"service main\": std::bad_alloc");
+    EXPECT_EQ(told.Count("+ NService::dealDeviceArrive"), 1U) << seed;
+    EXPECT_EQ(told.Count("+ CMbnWinRtHelper::Init;") + told.Count("+ CMbnWinRtHelper::Init\r"), 1U)
+        << seed;
+  }
+}
+
 }  // namespace
 }  // namespace nuvelta::test

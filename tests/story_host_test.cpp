@@ -54,6 +54,35 @@ TEST(StoryHost, LogsControls) {
              "i :   SERVICE_CONTROL_STOP g_pNService->stop(); exit", "h : - ServiceCtrlHandler"}));
 }
 
+std::string Refusals(const StoryReport& report) {
+  std::string text;
+  for (const auto& refused : report.refused_controls) text += Describe(refused) + "\n";
+  return text;
+}
+
+TEST(StoryHost, GetsOnlyTheControlsThatItAccepts) {
+  const Told told = TellShipped("controls_refused");
+  EXPECT_EQ(Refusals(told.report),
+            "1.000 s: control 1, error 1052, the service does not accept it\n"
+            "1.000 s: control 4, error 1061, the service is starting or stopping\n"
+            "1.000 s: control 14, not delivered\n"
+            "10.000 s: control 2, error 1052, the service does not accept it\n"
+            "10.000 s: control 3, error 1052, the service does not accept it\n"
+            "10.000 s: control 5, not delivered\n"
+            "10.000 s: control 6, error 1052, the service does not accept it\n"
+            "10.000 s: control 20, error 87, there is no such control\n"
+            "10.000 s: control 13, not delivered\n"
+            "13.000 s: control 1, error 1061, the service is starting or stopping\n"
+            "13.000 s: control 14, not delivered\n"
+            "20.000 s: control 4, error 1062, the service does not run\n"
+            "20.000 s: control 5, error 1062, the service does not run\n");
+  EXPECT_EQ(told.Matching("CtrlCode"), Lines({"i :   CtrlCode = 0x4 ; dwEventType = 0",
+                                              "i :   CtrlCode = 0xc8 ; dwEventType = 0",
+                                              "i :   CtrlCode = 0x1 ; dwEventType = 0"}));
+  EXPECT_EQ(Reports(told.report), "2/1/1000/0 4/0/0/129 3/2/0/129 1/0/0/129 ");
+  EXPECT_EQ(Refusals(TellShipped("sessions_and_battery").report), "");
+}
+
 TEST(StoryHost, LogsSessionsBatteryAndRemovalAndDoesNothing) {
   const Told told = TellShipped("sessions_and_battery");
   EXPECT_EQ(told.Matching("SessionNumber"),

@@ -27,6 +27,7 @@ const std::map<std::string, Outcome>& Outcomes() {
       {"arrival_during_start", {kSwitchedOn, 1, 1, 0, 0, 0}},
       {"arrival_storm", {kSwitchedOn + " 00*8", 1, 9, 0, 0, 0}},
       {"blank_version", {kSwitchedOn, 1, 1, 0, 0, 0}},
+      {"controls_refused", {kSwitchedOn, 1, 1, 0, 0, 0}},
       {"cs24_name_in_lower_case", {kSwitchedOn, 1, 1, 0, 0, 0}},
       {"event_log_locked", {kSwitchedOn + " " + kSwitchedOn, 1, 2, 0, 0, 0}},
       {"fcc_in_lower_case", {kSwitchedOn, 1, 1, 0, 0, 0}},

@@ -263,7 +263,7 @@ struct FakePlatform::Others {
   virtual_notebook::Notebook notebook;
   virtual_notebook::ModemModel modem{notebook.modem};
   virtual_notebook::VirtualMobileBroadband mobile_broadband{context, modem, 0};
-  virtual_notebook::VirtualServiceControl service_control{context, notebook.service_key, {}};
+  virtual_notebook::VirtualServiceControl service_control{context, notebook, {}};
   virtual_notebook::VirtualSessions sessions{context, notebook.sessions};
   virtual_notebook::VirtualSystemInformation system_information{context, notebook, {}};
   platform::Platform platform;

@@ -163,7 +163,9 @@ TEST(LifeRules, SeeLocksOutOfOrder) {
   watch.OnMade(1);
   watch.OnEnter(5, 1);
   watch.OnMade(2);
+  watch.OnEnter(7, 1);
   watch.OnLeave(5, 1);
+  watch.OnLeave(7, 1);
   watch.OnEnter(5, 2);
   watch.OnLeave(5, 2);
   EXPECT_EQ(Joined(findings.Texts()), "");
@@ -195,7 +197,8 @@ TEST(LifeRules, SeeATriggerThatIsLost) {
 }
 
 TEST(LifeRules, SeeStatusReportsOutOfTurn) {
-  const Scenario scenario = Shipped("healthy_arrival");
+  // A control that the manager refuses permits nothing.
+  const Scenario scenario = Shipped("controls_refused");
   StoryReport report = Tell(scenario).report;
   const auto broken = [&](const std::function<void(StoryReport&)>& change) {
     StoryReport changed = report;
@@ -214,6 +217,10 @@ TEST(LifeRules, SeeStatusReportsOutOfTurn) {
             "status: a check point out of turn in 2 4");
   EXPECT_EQ(broken([](StoryReport& r) { r.status_reports[1].status.dwControlsAccepted = 1; }),
             "status: other controls in 2");
+  EXPECT_EQ(broken([](StoryReport& r) { std::swap(r.status_reports[0], r.status_reports[2]); }),
+            "status: a check point out of turn in");
+  EXPECT_EQ(broken([](StoryReport& r) { r.status_reports[2].status.dwCurrentState = 6; }),
+            "status: an unknown state in 2 4 6");
 }
 
 TEST(LifeRules, KnowWhereTheRadioIsAllowed) {

@@ -140,7 +140,8 @@ class Workers {
     for (; progress.next < m_options.lives && !IsOver(); progress.next += m_options.jobs) {
       if (left-- == 0) std::_Exit(kAfresh);
       const uint64_t seed = m_options.first_seed + progress.next;
-      const LifeReport report = PlayLife(ReadLife(MakeLife(seed)), m_options.free_running);
+      const LifeReport report =
+          PlayLife(ReadLife(MakeLife(seed, m_options.start_delay_ms)), m_options.free_running);
       if (!report.broken.empty()) progress.AddFailure(seed);
       // Threads that run at once may never break it again.
       if (m_options.free_running) Print(seed, report.broken);

@@ -19,6 +19,7 @@ struct ExploreOptions {
   std::optional<uint64_t> seconds{};  // stop after this long, whatever is left
   unsigned jobs = 1;
   bool free_running = false;
+  std::optional<double> start_delay_ms{};  // added to every life
 };
 
 struct Exploration {

@@ -14,6 +14,19 @@ using virtual_notebook::CallFailures;
 
 namespace {
 
+// What ServiceMain calls until it serves, in that order.
+constexpr std::array kStartCalls{"WTSEnumerateSessionsW",
+                                 "RegisterServiceCtrlHandlerExW",
+                                 "RegisterPowerSettingNotification",
+                                 "RegisterSuspendResumeNotification",
+                                 "RegisterDeviceNotificationW",
+                                 "SetServiceStatus",
+                                 "CreateEventW"};
+
+json MakeDelay(const char* call, double late_ms) {
+  return {{"call", call}, {"count", "always"}, {"late_ms", late_ms}};
+}
+
 json MakeFault(Dice& dice, const CallFailures& call) {
   json fault{{"call", call.call}, {"nth", dice.Between(1, dice.Percent(50) ? 3 : 25)}};
   if (dice.Percent(30)) fault["count"] = dice.Between(1, 6);
@@ -44,7 +57,15 @@ json MakeFaults(Dice& dice) {
   return faults;
 }
 
-json MakeLife(uint64_t seed) {
+json MakeDelays(Dice& dice) {
+  json delays = json::array();
+  for (auto left = dice.Between(1, 2); left > 0; --left) {
+    delays.push_back(MakeDelay(dice.Of(kStartCalls), static_cast<double>(dice.Between(1, 50))));
+  }
+  return delays;
+}
+
+json MakeLife(uint64_t seed, std::optional<double> start_delay_ms) {
   Dice dice(seed);
   json life{{"title", "life " + std::to_string(seed)}, {"seed", seed & 0x7FFFFFFFU}};
   life["notebook"] = MakeNotebook(dice);
@@ -56,6 +77,10 @@ json MakeLife(uint64_t seed) {
     life["story"] = kHealthyEnd;
   } else if (dice.Percent(70)) {
     life["faults"] = MakeFaults(dice);
+  }
+  if (dice.Percent(40)) life["delays"] = MakeDelays(dice);
+  if (start_delay_ms) {
+    life["delays"].push_back(MakeDelay(kStartCalls[seed % kStartCalls.size()], *start_delay_ms));
   }
   return life;
 }

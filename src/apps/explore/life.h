@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -17,8 +18,9 @@ namespace nuvelta::explore {
 inline constexpr const char* kHealthyEnd = "At the end the modem is healthy and arrives again.";
 inline constexpr size_t kHealthyEndEvents = 5;
 
-// The same seed gives the same life, interleaving included.
-nlohmann::json MakeLife(uint64_t seed);
+// The same seed gives the same life, interleaving included. With a start delay, one
+// of the calls that a starting service makes takes so many milliseconds more.
+nlohmann::json MakeLife(uint64_t seed, std::optional<double> start_delay_ms = {});
 
 // The parts of a life.
 nlohmann::json MakeNotebook(Dice& dice);
@@ -28,6 +30,7 @@ nlohmann::json MakeSwitchValue(Dice& dice);
 nlohmann::json MakeAnswers(Dice& dice);
 nlohmann::json MakeEvents(Dice& dice);
 nlohmann::json MakeFaults(Dice& dice);
+nlohmann::json MakeDelays(Dice& dice);
 // Appends the events of the healthy end; `dice` settles details that do not matter.
 void AddHealthyEnd(Dice& dice, nlohmann::json& events);
 

@@ -35,6 +35,13 @@ json MakeSwitchEdit(Dice& dice) {
   return event;
 }
 
+// Pause, continue, interrogate, shutdown, and one of the service's own.
+json MakeControl(Dice& dice) {
+  json event{{"do", "control"}, {"number", dice.Of(std::array{2, 3, 4, 5, 200})}};
+  if (dice.Percent(50)) event["regardless"] = true;
+  return event;
+}
+
 json MakeEvent(Dice& dice) {
   switch (dice.Below(12)) {
     case 0:
@@ -54,8 +61,7 @@ json MakeEvent(Dice& dice) {
         case 2:
           return {{"do", "power_event"}, {"number", dice.Of(std::array{4, 7, 10, 18})}};
         default:
-          // Pause, continue, interrogate, shutdown, and one of the service's own.
-          return {{"do", "control"}, {"number", dice.Of(std::array{2, 3, 4, 5, 200})}};
+          return MakeControl(dice);
       }
     default:
       return {{"do", dice.Of(kPlain)}};

@@ -33,7 +33,7 @@ void LockWatch::OnEnter(uint32_t thread, uintptr_t section) {
   m_findings.Expect(section == m_creation_lock || section == m_task_lock, "an unknown lock");
   m_findings.Expect(!holds_any, "a lock is taken while another is held");
   if (section == m_creation_lock) {
-    m_findings.Expect(m_task_lock == 0, "the creation lock is taken though the manager stands");
+    m_findings.Expect(!m_manager_stands, "the creation lock is taken though the manager stands");
   }
   m_held[thread].insert(section);
 }
@@ -46,6 +46,8 @@ void LockWatch::OnLeave(uint32_t thread, uintptr_t section) {
     return;
   }
   held.erase(found);
+  // Who asks for the lock while the manager is being made may have to.
+  if (section == m_creation_lock && m_task_lock != 0) m_manager_stands = true;
 }
 
 void LockWatch::OnWait(uint32_t thread) {

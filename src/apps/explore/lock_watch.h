@@ -33,6 +33,7 @@ class LockWatch {
   Findings& m_findings;
   uintptr_t m_creation_lock = 0;
   uintptr_t m_task_lock = 0;
+  bool m_manager_stands = false;
   std::map<uint32_t, std::multiset<uintptr_t>> m_held;  // by thread
 };
 

@@ -25,8 +25,9 @@ void PrintBroken(const std::vector<std::string>& broken) {
 
 // The scenario file that replays the failure is printed, and kept when there is a
 // folder for it.
-void ShowFailure(uint64_t seed, bool free_running, const std::string& folder) {
-  nlohmann::json life = MakeLife(seed);
+void ShowFailure(uint64_t seed, const ExploreOptions& options, const std::string& folder) {
+  const bool free_running = options.free_running;
+  nlohmann::json life = MakeLife(seed, options.start_delay_ms);
   const auto broken = PlayApart(life, free_running);
   std::printf("life %llu%s:\n", static_cast<unsigned long long>(seed),
               broken.empty() ? " broke a rule once, and does not when played again" : "");
@@ -70,7 +71,7 @@ int ShowExploration(const ExploreOptions& options, const std::string& folder) {
         static_cast<unsigned long long>(counts.runs), static_cast<unsigned long long>(counts.sets));
   }
   for (size_t i = 0; i < std::min(found.failed.size(), kMostShrunk); ++i) {
-    ShowFailure(found.failed[i], options.free_running, folder);
+    ShowFailure(found.failed[i], options, folder);
   }
   return found.failed.empty() ? 0 : 1;
 }
@@ -120,6 +121,9 @@ int main(int argc, char** argv) {
   app.add_option("--jobs", options.jobs, "Lives at the same time")->check(CLI::PositiveNumber);
   app.add_flag("--free-running", options.free_running,
                "Let all threads of a life run at once; only its traces are checked");
+  app.add_option("--start-delay", options.start_delay_ms,
+                 "Milliseconds that one call of every starting service takes more")
+      ->check(CLI::Range(0.0, 1000.0));
   app.add_option("--findings", folder, "Keep the shrunk lives in this folder");
   app.add_option("--replay", replayed, "Check the life in this scenario file instead");
   app.add_option("--show", shown, "Print the life of this seed instead");
@@ -131,7 +135,7 @@ int main(int argc, char** argv) {
   try {
     UseFastTemporaryFolder();
     if (shown) {
-      std::printf("%s\n", MakeLife(*shown).dump(2).c_str());
+      std::printf("%s\n", MakeLife(*shown, options.start_delay_ms).dump(2).c_str());
       return 0;
     }
     if (!replayed.empty()) return Replay(replayed, options.free_running);

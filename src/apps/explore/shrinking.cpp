@@ -23,6 +23,7 @@ class Shrinker {
       m_smaller = false;
       DropItems("events", Kept());
       DropItems("faults", 0);
+      DropItems("delays", 0);
       DropMembers(json::json_pointer("/notebook"));
       DropMembers(json::json_pointer(""));
       SimplifyEvents();
@@ -69,7 +70,7 @@ class Shrinker {
     std::vector<std::string> names;
     for (const auto& member : m_life[where].items()) names.push_back(member.key());
     for (const std::string& name : names) {
-      const bool list = where.empty() && (name == "events" || name == "faults");
+      const bool list = where.empty() && (name == "events" || name == "faults" || name == "delays");
       const bool needed = where.empty() && (name == "title" || name == "seed" || name == "story");
       if (list || needed || DropMember(where, name)) continue;
       DropMembers(where / name);

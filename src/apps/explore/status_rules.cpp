@@ -1,6 +1,7 @@
 #include "apps/explore/status_rules.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -21,11 +22,17 @@ namespace {
 
 // What a story permits beside the plain sequence.
 struct Permits {
-  bool other_controls = false;  // pause, continue, shutdown
+  bool other_controls = false;  // delivered regardless of the manager
   bool lost_reports = false;
   bool early_end = false;  // stopped without a stop
   bool any_fault = false;
 };
+
+// Stop, shutdown, pause and continue are what the handler reports a state for.
+bool ReportsRegardless(const Action& action) {
+  return action.regardless && (action.number <= platform::kServiceControlContinue ||
+                               action.number == platform::kServiceControlShutdown);
+}
 
 Permits PermitsOf(const Scenario& scenario) {
   const auto fails = [&](std::string_view call) {
@@ -33,8 +40,7 @@ Permits PermitsOf(const Scenario& scenario) {
                                [&](const Fault& fault) { return fault.call == call; });
   };
   return {.other_controls = std::ranges::any_of(
-              scenario.events,
-              [](const Event& event) { return event.action.kind == Action::Kind::kControl; }),
+              scenario.events, [](const Event& event) { return ReportsRegardless(event.action); }),
           .lost_reports = fails("SetServiceStatus"),
           .early_end = fails("CreateEventW") || fails("WaitForSingleObject"),
           .any_fault = !scenario.faults.empty()};
@@ -71,6 +77,9 @@ class Sequence {
   void TakeCheckPoint(bool settled, uint32_t check_point) {
     if (settled) {
       Expect(check_point == 0, "a check point in a settled state");
+    } else if (m_permits.other_controls) {
+      // The handler may report before the service's own thread has, or beside it.
+      Expect(check_point > 0 && m_check_points.insert(check_point).second, "a check point twice");
     } else if (m_permits.lost_reports) {
       Expect(check_point > m_check_point, "a check point that does not rise");
       m_check_point = check_point;
@@ -84,7 +93,8 @@ class Sequence {
     const bool lost = m_permits.lost_reports;
     switch (state) {
       case platform::kServiceStartPending:
-        Expect(m_starts++ == 0 && m_running + m_stopping + m_stopped == 0, "a late start");
+        Expect(m_starts++ == 0 && m_running + m_stopped == 0, "a late start");
+        Expect(m_stopping == 0 || m_permits.other_controls, "a start behind a stop");
         break;
       case platform::kServiceRunning:
         Expect(m_running++ == 0 && m_stopped == 0 && (m_starts == 1 || lost), "a late running");
@@ -110,6 +120,7 @@ class Sequence {
   Findings& m_findings;
   std::string m_states;
   uint32_t m_check_point = 0;
+  std::set<uint32_t> m_check_points;
   int m_starts = 0;
   int m_running = 0;
   int m_stopping = 0;

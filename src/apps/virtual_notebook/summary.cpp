@@ -13,6 +13,7 @@ namespace {
 using virtual_notebook::FiredFault;
 using virtual_notebook::ModemCommand;
 using virtual_notebook::ProcessEnd;
+using virtual_notebook::RefusedControl;
 using virtual_notebook::StatusReport;
 
 std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -125,6 +126,17 @@ void AddCommands(Table& table, const std::vector<ModemCommand>& commands) {
   }
 }
 
+void AddRefusedControls(Table& table, const std::vector<RefusedControl>& refused) {
+  for (size_t i = 0; i < refused.size();) {
+    const size_t times = RunLength(refused, i, [](const auto& left, const auto& right) {
+      return left.control == right.control && left.error == right.error;
+    });
+    const std::string repeated = times > 1 ? Format("   and %zu more", times - 1) : "";
+    table.Row("control refused", Describe(refused[i]) + repeated);
+    i += times;
+  }
+}
+
 void AddFaults(Table& table, const std::vector<FiredFault>& faults) {
   for (size_t i = 0; i < faults.size();) {
     const size_t times = RunLength(faults, i, [](const auto& left, const auto& right) {
@@ -158,6 +170,7 @@ std::string SummaryTable(const Summary& summary) {
   for (const ProcessEnd& process : report.processes) {
     table.Row("process", Format("%u %s", process.process, HowEnded(process).c_str()));
   }
+  AddRefusedControls(table, report.refused_controls);
   AddFaults(table, report.fired_faults);
   for (const auto& fault : report.faults_not_fired) table.Row("fault NOT fired", fault.call);
   for (const std::string& note : report.notes) table.Row("note", note);
@@ -219,6 +232,13 @@ std::string SummaryJson(const Summary& summary) {
   json["processes"] = nlohmann::ordered_json::array();
   for (const ProcessEnd& process : report.processes) {
     json["processes"].push_back({{"process", process.process}, {"end", HowEnded(process)}});
+  }
+  json["controls_refused"] = nlohmann::ordered_json::array();
+  for (const auto& refused : report.refused_controls) {
+    json["controls_refused"].push_back({{"seconds", Seconds(refused.at)},
+                                        {"control", refused.control},
+                                        {"event_type", refused.event_type},
+                                        {"error", refused.error}});
   }
   json["faults_fired"] = nlohmann::ordered_json::array();
   for (const FiredFault& fault : report.fired_faults) {

@@ -127,6 +127,10 @@ Telling TellingOf(const StoryReport& report, std::string_view log) {
                            status.dwCurrentState, status.dwControlsAccepted, status.dwWin32ExitCode,
                            status.dwCheckPoint, status.dwWaitHint));
   }
+  for (const auto& refused : report.refused_controls) {
+    facts.push_back(Format("control %u, event type %u, refused with %u", refused.control,
+                           refused.event_type, refused.error));
+  }
   static const std::regex kProcess(R"(/pid -?\d+)");
   for (const std::string& launch : report.launches) {
     facts.push_back("launched " + std::regex_replace(launch, kProcess, "/pid <process>"));

@@ -47,6 +47,12 @@ class Reporter {
   void operator()(const wine::Launched& launch) {
     m_report.launches.push_back(launch.command_line);
   }
+  void operator()(const wine::ControlRefused& refused) {
+    m_report.refused_controls.push_back({.at = m_at,
+                                         .control = refused.control,
+                                         .event_type = refused.event_type,
+                                         .error = refused.error});
+  }
   void operator()(const wine::Note& note) {
     if (note.text.starts_with(wine::kCrashNote)) {
       m_crash = note.text.substr(std::strlen(wine::kCrashNote));

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/virtual/delay_plan.h"
 #include "platform/virtual/fault_plan.h"
 #include "platform/virtual/scheduler.h"
 
@@ -14,6 +15,7 @@ namespace nuvelta::virtual_notebook {
 struct Context {
   Scheduler& scheduler;
   FaultPlan& faults;
+  DelayPlan* delays = nullptr;  // null: no call is late
 
   // Counts a call that answers a status code; the code to answer when it fails.
   std::optional<uint32_t> Error(std::string_view call);
@@ -25,6 +27,9 @@ struct Context {
 
   // Time that the operating system takes for a call.
   void Spend(std::chrono::microseconds time) { scheduler.Sleep(time); }
+
+  // Counts a call, which spends its delay here; answers the fault to give.
+  std::optional<Fault> Count(std::string_view call);
 
   static void SetLastError(uint32_t error) { Scheduler::ThreadWord() = error; }
 };

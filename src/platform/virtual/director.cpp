@@ -12,7 +12,6 @@ namespace nuvelta::virtual_notebook {
 namespace {
 
 constexpr std::chrono::seconds kStopPatience{60};
-constexpr uint32_t kWtsSessionLogon = 5;  // WTS_SESSION_LOGON
 
 }  // namespace
 
@@ -48,12 +47,11 @@ void VirtualMachine::PlayEvent(const Event& event) {
     case Kind::kStart:
       return StartService();
     case Kind::kStop:
-      return StopService();
+    case Kind::kControl:
+    case Kind::kSessionChange:
+      return parts.service_control.SendControl(*ControlOf(action));
     case Kind::kKill:
       return KillService(parts.current);
-    case Kind::kControl:
-      parts.service_control.SendControl(action.number, action.event_type);
-      return;
     case Kind::kArrival:
       return parts.service_control.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
     case Kind::kRemoval:
@@ -80,13 +78,9 @@ void VirtualMachine::PlayEvent(const Event& event) {
       return parts.service_control.SendPowerEvent(platform::kPbtApmResumeSuspend);
     case Kind::kPowerEvent:
       return parts.service_control.SendPowerEvent(action.number);
-    case Kind::kSessionChange:
-      parts.service_control.SendControl(platform::kServiceControlSessionChange, action.number);
-      return;
     case Kind::kLogon:
       parts.event_log.Write({}, parts.clock.time());
-      parts.service_control.SendControl(platform::kServiceControlSessionChange, kWtsSessionLogon);
-      return;
+      return parts.service_control.SendControl(*ControlOf(action));
     case Kind::kBattery:
       return parts.service_control.SendPowerSetting(platform::kGuidBatteryPercentageRemaining,
                                                     action.number);
@@ -101,11 +95,6 @@ void VirtualMachine::PlayEvent(const Event& event) {
   }
 }
 
-void VirtualMachine::StopService() {
-  if (m_parts->service_control.SendControl(platform::kServiceControlStop, 0)) return;
-  Note("stop: the service does not run or does not accept the stop control now");
-}
-
 // Stops the service and waits for its process to end. One that does not accept
 // the control, or does not end, is ended from outside, and the story says so.
 void VirtualMachine::EndStory() {
@@ -115,9 +104,7 @@ void VirtualMachine::EndStory() {
   const uint32_t process = parts.current;
   if (process == 0) return;
   if (!m_scenario.stop_at_end) return KillService(process);
-  const bool stops = parts.service_control.SendControl(platform::kServiceControlStop, 0) ||
-                     parts.service_control.Stopping();
-  if (!stops) {
+  if (!parts.service_control.SendLastStop()) {
     Note("end: the service does not accept the stop control; its process is ended");
   } else if (!parts.scheduler.Wait(parts.ended, kStopPatience)) {
     parts.stuck = "the service did not end within 60 s of its stop control: " +

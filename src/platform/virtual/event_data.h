@@ -16,6 +16,8 @@ std::string ModemInterface(const ModemDescription& modem);
 // DEV_BROADCAST_DEVICEINTERFACE_W of a network adapter's interface.
 std::vector<uint8_t> DeviceEventData(const std::string& interface_name);
 
+// The event type of a power setting.
+inline constexpr uint32_t kPowerSettingChange = 0x8013;  // PBT_POWERSETTINGCHANGE
 // POWERBROADCAST_SETTING with one 32-bit word of data.
 std::vector<uint8_t> PowerSettingData(const platform::Guid& setting, uint32_t data);
 

@@ -42,6 +42,7 @@ struct VirtualMachine::Parts {
   const Nanoseconds start;
   Scheduler scheduler;
   FaultPlan faults;
+  DelayPlan delays;
   Context context;
   ModemModel modem;
   VirtualClock clock;

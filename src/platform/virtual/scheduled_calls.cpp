@@ -75,6 +75,9 @@ void Scheduler::Change(const std::function<void()>& change) noexcept {
   Thread* const self = t_scheduler == this ? t_thread : nullptr;
   if (m_mode == Mode::kFree) {
     Dispatch();
+  } else if (std::uncaught_exceptions() > 0) {
+    // It keeps its turn: what nobody catches ends a process before anything is
+    // unwound, so that no other thread ever gets the locks that it lets go.
   } else if (self != nullptr && self->state == Thread::State::kRunning) {
     self->state = Thread::State::kReady;
     SwitchAway(lock, *self);

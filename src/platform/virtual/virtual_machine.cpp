@@ -146,11 +146,12 @@ void VirtualMachine::OnCrash(const std::string& thread, const std::string& what)
     Note("the notebook itself failed: " + thread + ": " + what);
     return;
   }
+  // First of all: the other threads get no turn behind a crash.
+  m_program.mute();
+  m_parts->scheduler.KillProcess(process);
   m_parts->scheduler.Change([&] {
     if (m_parts->crash.empty()) m_parts->crash = "thread \"" + thread + "\": " + what;
   });
-  m_program.mute();
-  m_parts->scheduler.KillProcess(process);
 }
 
 void VirtualMachine::KillService(uint32_t process) {
@@ -172,6 +173,7 @@ StoryReport VirtualMachine::Report() {
           .radio_before = m_scenario.notebook.modem.radio,
           .radio_after = parts.modem.Description().radio,
           .status_reports = parts.service_control.Reports(),
+          .refused_controls = parts.service_control.Refused(),
           .processes = parts.processes,
           .launches = parts.launches,
           .notes = parts.notes,

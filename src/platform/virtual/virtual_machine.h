@@ -38,6 +38,7 @@ struct StoryReport {
   int32_t radio_before = 0;
   int32_t radio_after = 0;
   std::vector<StatusReport> status_reports;
+  std::vector<RefusedControl> refused_controls;  // but the stop at the end
   std::vector<ProcessEnd> processes;
   std::vector<std::string> launches;  // elevated command lines
   std::vector<std::string> notes;     // what the story could not do as written
@@ -90,7 +91,6 @@ class VirtualMachine {
   void PlayEvent(const Event& event);
   void StartService();
   void ServiceProcess(uint32_t process);
-  void StopService();
   void EndStory();
   void CutShort();
   void KillService(uint32_t process);

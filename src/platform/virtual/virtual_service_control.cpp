@@ -35,9 +35,13 @@ struct VirtualServiceControl::PowerQueue final : Waitable {
   std::string Describe() const override { return "the next power event"; }
 };
 
-VirtualServiceControl::VirtualServiceControl(Context& context, const std::string& service_key,
+VirtualServiceControl::VirtualServiceControl(Context& context, const Notebook& notebook,
                                              std::function<void(std::string)> launch)
-    : m_context(context), m_service_key(Utf16(service_key)), m_launch(std::move(launch)) {}
+    : m_context(context),
+      m_service_key(Utf16(notebook.service_key)),
+      m_settings_need_acceptance(notebook.power_settings_need_acceptance),
+      m_begin(context.scheduler.Now()),
+      m_launch(std::move(launch)) {}
 
 VirtualServiceControl::~VirtualServiceControl() = default;
 
@@ -237,6 +241,7 @@ void VirtualServiceControl::EndProcess() {
   const std::lock_guard lock(m_mutex);
   m_process = 0;
   m_status = {};
+  m_stop_sent = false;
   m_handler = nullptr;
   m_handler_context = nullptr;
   m_wants_power_settings = false;
@@ -256,18 +261,42 @@ void VirtualServiceControl::Enqueue(Control control) {
   m_context.scheduler.Change([&] { dispatcher->controls.push_back(std::move(control)); });
 }
 
-bool VirtualServiceControl::SendControl(uint32_t control, uint32_t event_type) {
-  uint32_t accepted = 0;
-  if (!Stopping()) {
-    const std::lock_guard lock(m_mutex);
-    accepted = m_status.dwControlsAccepted;
+std::optional<uint32_t> VirtualServiceControl::WhyRefused(const SentControl& sent) const {
+  if (!sent.regardless) {
+    if (const auto error = RefusalOf(sent.control, Managed())) return error;
   }
-  const uint32_t wanted = control == platform::kServiceControlStop ? platform::kServiceAcceptStop
-                          : control == platform::kServiceControlSessionChange
-                              ? platform::kServiceAcceptSessionChange
-                              : UINT32_MAX;
-  if (wanted != UINT32_MAX && (accepted & wanted) == 0) return false;
-  Enqueue({.control = control, .event_type = event_type, .data = {}});
+  // Not even regardless of the rules is there anybody to call.
+  if (m_process == 0) return kErrorServiceNotActive;
+  return m_handler == nullptr ? std::optional(kErrorServiceRequestTimeout) : std::nullopt;
+}
+
+void VirtualServiceControl::Refuse(uint32_t control, uint32_t event_type, uint32_t error) {
+  m_refused.push_back({.at = m_context.scheduler.Now() - m_begin,
+                       .control = control,
+                       .event_type = event_type,
+                       .error = error});
+}
+
+void VirtualServiceControl::SendControl(const SentControl& sent) {
+  {
+    const std::lock_guard lock(m_mutex);
+    if (const auto error = WhyRefused(sent)) return Refuse(sent.control, sent.event_type, *error);
+    // The manager knows nothing of what comes regardless of it.
+    if (sent.control == platform::kServiceControlStop && !sent.regardless) m_stop_sent = true;
+  }
+  Enqueue({.control = sent.control, .event_type = sent.event_type, .data = {}});
+}
+
+bool VirtualServiceControl::SendLastStop() {
+  {
+    const std::lock_guard lock(m_mutex);
+    const bool stopping = m_stop_sent || m_status.dwCurrentState == platform::kServiceStopPending ||
+                          m_status.dwCurrentState == platform::kServiceStopped;
+    if (stopping) return true;
+    if (WhyRefused({.control = platform::kServiceControlStop})) return false;
+    m_stop_sent = true;
+  }
+  Enqueue({.control = platform::kServiceControlStop, .data = {}});
   return true;
 }
 
@@ -283,13 +312,18 @@ void VirtualServiceControl::SendDeviceEvent(uint32_t event_type,
 }
 
 void VirtualServiceControl::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
-  constexpr uint32_t kPbtPowerSettingChange = 0x8013;  // PBT_POWERSETTINGCHANGE
   {
     const std::lock_guard lock(m_mutex);
     if (!m_wants_power_settings) return;
+    const auto refusal = m_settings_need_acceptance
+                             ? RefusalOf(platform::kServiceControlPowerEvent, Managed())
+                             : std::nullopt;
+    if (refusal) {
+      return Refuse(platform::kServiceControlPowerEvent, kPowerSettingChange, *refusal);
+    }
   }
   Enqueue({.control = platform::kServiceControlPowerEvent,
-           .event_type = kPbtPowerSettingChange,
+           .event_type = kPowerSettingChange,
            .data = PowerSettingData(setting, data)});
 }
 
@@ -303,15 +337,14 @@ void VirtualServiceControl::SendPowerEvent(uint32_t type) {
   m_context.scheduler.Change([&] { queue->types.push_back(type); });
 }
 
-bool VirtualServiceControl::Stopping() const {
-  const std::lock_guard lock(m_mutex);
-  return m_status.dwCurrentState == platform::kServiceStopPending ||
-         m_status.dwCurrentState == platform::kServiceStopped;
-}
-
 std::vector<StatusReport> VirtualServiceControl::Reports() const {
   const std::lock_guard lock(m_mutex);
   return m_reports;
+}
+
+std::vector<RefusedControl> VirtualServiceControl::Refused() const {
+  const std::lock_guard lock(m_mutex);
+  return m_refused;
 }
 
 }  // namespace nuvelta::virtual_notebook

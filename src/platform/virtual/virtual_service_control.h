@@ -10,6 +10,7 @@
 
 #include "platform/service_control.h"
 #include "platform/virtual/context.h"
+#include "platform/virtual/control_rules.h"
 
 namespace nuvelta::virtual_notebook {
 
@@ -23,7 +24,7 @@ struct StatusReport {
 class VirtualServiceControl final : public platform::ServiceControl {
  public:
   // `launch` runs an elevated command line.
-  VirtualServiceControl(Context& context, const std::string& service_key,
+  VirtualServiceControl(Context& context, const Notebook& notebook,
                         std::function<void(std::string)> launch);
   ~VirtualServiceControl() override;
 
@@ -50,19 +51,21 @@ class VirtualServiceControl final : public platform::ServiceControl {
   bool CloseServiceHandle(platform::ManagerHandle manager) noexcept override;
   bool ShellExecuteExW(const platform::ShellExecuteInfo& info) override;
 
-  // For the story. Each control waits in the dispatcher's queue; what has no
-  // recipient is dropped. SendControl answers false when the service does not
-  // accept the control now.
+  // For the story. Each control waits in the dispatcher's queue. One that the rules
+  // of the manager refuse does not, and is recorded; notifications that nobody has
+  // registered for are dropped.
   void BeginProcess(uint32_t process);
   void EndProcess();
-  bool SendControl(uint32_t control, uint32_t event_type);
+  void SendControl(const SentControl& sent);
+  // Sends the stop control that ends the story; false, with nothing recorded, when
+  // the service neither accepts it nor stops already.
+  bool SendLastStop();
   void SendDeviceEvent(uint32_t event_type, const std::string& interface_name);
   void SendPowerSetting(const platform::Guid& setting, uint32_t data);
   void SendPowerEvent(uint32_t type);
 
-  // Whether the service has reported that it stops, or has stopped.
-  bool Stopping() const;
   std::vector<StatusReport> Reports() const;
+  std::vector<RefusedControl> Refused() const;
 
  private:
   struct Control;
@@ -70,14 +73,21 @@ class VirtualServiceControl final : public platform::ServiceControl {
   struct PowerQueue;
 
   void Enqueue(Control control);
+  // All three with the mutex held.
+  std::optional<uint32_t> WhyRefused(const SentControl& sent) const;
+  void Refuse(uint32_t control, uint32_t event_type, uint32_t error);
+  ManagedService Managed() const { return {.status = m_status, .stop_sent = m_stop_sent}; }
   void ServePowerEvents(const std::shared_ptr<PowerQueue>& queue);
 
   Context& m_context;
   const std::u16string m_service_key;
+  const bool m_settings_need_acceptance;
+  const Nanoseconds m_begin;  // of the story
   const std::function<void(std::string)> m_launch;
   mutable std::mutex m_mutex;
   uint32_t m_process = 0;
   platform::ServiceStatus m_status;
+  bool m_stop_sent = false;
   platform::HandlerFunction m_handler = nullptr;
   void* m_handler_context = nullptr;
   bool m_wants_power_settings = false;
@@ -85,6 +95,7 @@ class VirtualServiceControl final : public platform::ServiceControl {
   std::shared_ptr<Dispatcher> m_dispatcher;
   std::shared_ptr<PowerQueue> m_power_queue;
   std::vector<StatusReport> m_reports;
+  std::vector<RefusedControl> m_refused;
 };
 
 }  // namespace nuvelta::virtual_notebook

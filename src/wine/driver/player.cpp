@@ -119,7 +119,7 @@ void Player::CheckStop() {
   const DWORD error = *answer;
   if (error == ERROR_SUCCESS || error == ERROR_SERVICE_REQUEST_TIMEOUT) return;
   if (!m_end_asked) {
-    return WriteNote("stop: the service does not run or does not accept the stop control now");
+    return Write(ControlRefused{.control = SERVICE_CONTROL_STOP, .error = error}, m_now);
   }
   const DWORD state = m_service.Status().dwCurrentState;
   if (state == SERVICE_STOP_PENDING || state == SERVICE_STOPPED) return;
@@ -219,17 +219,24 @@ bool Player::PlayNext() {
   const size_t next = Played(m_entries);
   if (next >= m_occurrences.size()) return false;
   const Occurrence& occurrence = m_occurrences[next];
-  const auto kind = m_scenario.events[occurrence.index].action.kind;
+  const Action& action = m_scenario.events[occurrence.index].action;
   Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition},
         std::max(m_now, occurrence.at));
-  if (kind == Action::Kind::kStart) {
+  if (action.kind == Action::Kind::kStart) {
     m_start.emplace([this] { return m_service.Start(); });
-  } else if (kind == Action::Kind::kStop) {
-    WriteNote("stop: the service does not run or does not accept the stop control now");
   } else {
     PlayWithoutService(m_scenario, occurrence.index);
   }
+  if (const auto sent = virtual_notebook::ControlOf(action)) RefuseControl(*sent);
   return true;
+}
+
+// There is no process: the manager has nobody to send it to.
+void Player::RefuseControl(const virtual_notebook::SentControl& sent) {
+  const uint32_t nobody = virtual_notebook::kErrorServiceNotActive;
+  const uint32_t error =
+      sent.regardless ? nobody : virtual_notebook::RefusalOf(sent.control, {}).value_or(nobody);
+  Write(ControlRefused{sent.control, sent.event_type, error}, m_now);
 }
 
 // Whether a start is under way.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/virtual/control_rules.h"
 #include "platform/virtual/scenario/scenario.h"
 #include "wine/driver/background_call.h"
 #include "wine/driver/service_entry.h"
@@ -47,6 +48,7 @@ class Player {
   bool FindProcess();
   void ProcessGone();
   bool PlayNext();
+  void RefuseControl(const virtual_notebook::SentControl& sent);
   bool Starting();
   void Kill(Fate fate);
   void Write(decltype(Entry::what) what, Duration at);

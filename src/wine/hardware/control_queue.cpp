@@ -11,6 +11,9 @@
 
 namespace nuvelta::wine {
 
+using virtual_notebook::RefusalOf;
+using virtual_notebook::SentControl;
+
 // What the handler has answered to a control of the real manager.
 struct ControlQueue::Answer {
   void Give(DWORD answer) {
@@ -51,7 +54,9 @@ void ControlQueue::WantPowerSettings() {
 }
 
 void ControlQueue::SetStatus(const SERVICE_STATUS& status) {
-  Director::Get().Change([&] { m_status = status; });
+  static_assert(sizeof status == sizeof(platform::ServiceStatus));
+  Director::Get().Change(
+      [&] { m_service.status = reinterpret_cast<const platform::ServiceStatus&>(status); });
 }
 
 void ControlQueue::Enqueue(Control control) {
@@ -60,26 +65,24 @@ void ControlQueue::Enqueue(Control control) {
   });
 }
 
-bool ControlQueue::Accepts(uint32_t control) const {
-  bool accepts = false;
+std::optional<uint32_t> ControlQueue::SendControl(const SentControl& sent) {
+  std::optional<uint32_t> error;
   Director::Get().Change([&] {
-    if (control != SERVICE_CONTROL_STOP && control != SERVICE_CONTROL_SESSIONCHANGE) {
-      accepts = true;
-      return;
-    }
-    const bool stopping = m_status.dwCurrentState == SERVICE_STOP_PENDING ||
-                          m_status.dwCurrentState == SERVICE_STOPPED;
-    const DWORD wanted =
-        control == SERVICE_CONTROL_STOP ? SERVICE_ACCEPT_STOP : SERVICE_ACCEPT_SESSIONCHANGE;
-    accepts = !stopping && (m_status.dwControlsAccepted & wanted) != 0;
+    if (!sent.regardless) error = RefusalOf(sent.control, m_service);
+    if (!error && m_handler == nullptr) error = virtual_notebook::kErrorServiceRequestTimeout;
+    if (error) return;
+    m_controls.push_back({.control = sent.control, .event_type = sent.event_type});
   });
-  return accepts;
+  return error;
 }
 
-bool ControlQueue::SendControl(uint32_t control, uint32_t event_type) {
-  if (!Accepts(control)) return false;
-  Enqueue({.control = control, .event_type = event_type});
-  return true;
+std::optional<uint32_t> ControlQueue::BeginStop() {
+  std::optional<uint32_t> error;
+  Director::Get().Change([&] {
+    error = RefusalOf(SERVICE_CONTROL_STOP, m_service);
+    if (!error) m_service.stop_sent = true;
+  });
+  return error;
 }
 
 void ControlQueue::SendDeviceEvent(uint32_t event_type, const std::string& interface_name) {
@@ -91,14 +94,19 @@ void ControlQueue::SendDeviceEvent(uint32_t event_type, const std::string& inter
            .own_data = virtual_notebook::DeviceEventData(interface_name)});
 }
 
-void ControlQueue::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
-  constexpr uint32_t kPowerSettingChange = 0x8013;  // PBT_POWERSETTINGCHANGE
+std::optional<uint32_t> ControlQueue::SendPowerSetting(const platform::Guid& setting, uint32_t data,
+                                                       bool needs_acceptance) {
   bool wanted = false;
-  Director::Get().Change([&] { wanted = m_wants_power_settings; });
-  if (!wanted) return;
+  std::optional<uint32_t> error;
+  Director::Get().Change([&] {
+    wanted = m_wants_power_settings;
+    if (wanted && needs_acceptance) error = RefusalOf(SERVICE_CONTROL_POWEREVENT, m_service);
+  });
+  if (!wanted || error) return error;
   Enqueue({.control = SERVICE_CONTROL_POWEREVENT,
-           .event_type = kPowerSettingChange,
+           .event_type = virtual_notebook::kPowerSettingChange,
            .own_data = virtual_notebook::PowerSettingData(setting, data)});
+  return {};
 }
 
 DWORD ControlQueue::Deliver(DWORD control, DWORD event_type, void* data) {

@@ -8,10 +8,12 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/types.h"
+#include "platform/virtual/control_rules.h"
 
 namespace nuvelta::wine {
 
@@ -26,12 +28,16 @@ class ControlQueue {
   void WantPowerSettings();
   void SetStatus(const SERVICE_STATUS& status);
 
-  // From the story. What has no recipient is dropped; false when the service does
-  // not accept the control now.
-  bool SendControl(uint32_t control, uint32_t event_type);
+  // From the story. Notifications that nobody has registered for are dropped. What
+  // the rules of the manager refuse is, too; then the error is answered, as RefusalOf
+  // has it.
+  std::optional<uint32_t> SendControl(const virtual_notebook::SentControl& sent);
   void SendDeviceEvent(uint32_t event_type, const std::string& interface_name);
-  void SendPowerSetting(const platform::Guid& setting, uint32_t data);
-  bool Accepts(uint32_t control) const;
+  // `needs_acceptance`: the registration alone is not enough.
+  std::optional<uint32_t> SendPowerSetting(const platform::Guid& setting, uint32_t data,
+                                           bool needs_acceptance);
+  // The story's stop goes through the real manager: here it is only asked about.
+  std::optional<uint32_t> BeginStop();
 
   // From the real manager: waits until the handler has answered.
   DWORD Deliver(DWORD control, DWORD event_type, void* data);
@@ -64,7 +70,8 @@ class ControlQueue {
   void* m_context = nullptr;
   bool m_wants_devices = false;
   bool m_wants_power_settings = false;
-  SERVICE_STATUS m_status{};
+  virtual_notebook::ManagedService m_service{
+      .status = {.dwCurrentState = platform::kServiceStartPending}};
   bool m_service_runs = false;
   bool m_finished = false;
   BOOL m_result = FALSE;

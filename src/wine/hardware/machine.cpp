@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
@@ -22,6 +23,7 @@ using virtual_notebook::Action;
 using virtual_notebook::EventRecord;
 using virtual_notebook::Fault;
 using virtual_notebook::ModemReply;
+using virtual_notebook::Scenario;
 
 namespace {
 
@@ -45,11 +47,9 @@ Duration BeginOf(const fs::path& folder) {
   return Since1970(data.ftLastWriteTime);
 }
 
-bool IsNamed(const std::vector<Fault>& faults, std::string_view call) {
-  for (const Fault& fault : faults) {
-    if (fault.call == call) return true;
-  }
-  return false;
+bool IsNamed(const Scenario& scenario, std::string_view call) {
+  const auto named = [&](const auto& entry) { return entry.call == call; };
+  return std::ranges::any_of(scenario.faults, named) || std::ranges::any_of(scenario.delays, named);
 }
 
 }  // namespace
@@ -83,6 +83,7 @@ Machine::Machine(const fs::path& folder)
       m_begin(BeginOf(folder)),
       m_modem(m_scenario.notebook.modem),
       m_faults(m_scenario.faults),
+      m_delays(m_scenario.delays),
       m_accounts(m_scenario.notebook.accounts) {
   for (const EventRecord& record : m_scenario.notebook.event_log) {
     m_records.push_back({record, Seconds(record.at)});
@@ -100,6 +101,7 @@ void Machine::Replay(const std::vector<Entry>& journal) {
       m_modem.Execute(command.set, command.command_id, command.payload, command.at);
     } else if (const auto* call = std::get_if<CallMade>(&entry.what)) {
       m_faults.Count(call->call);
+      m_delays.Count(call->call);
     }
   }
 }
@@ -138,8 +140,9 @@ int64_t Machine::Seconds(Duration at) const {
 Duration Machine::WallClock() const { return m_begin + Director::Get().Now(); }
 
 std::optional<Fault> Machine::Count(std::string_view call) {
-  // Only calls that some fault names matter to the processes after this one.
-  if (!IsNamed(m_scenario.faults, call)) return {};
+  // Only calls that the scenario names matter to the processes after this one.
+  if (!IsNamed(m_scenario, call)) return {};
+  Spend(m_delays.Count(call));
   const std::lock_guard lock(m_mutex);
   Write(CallMade{std::string(call)});
   auto fault = m_faults.Count(call);

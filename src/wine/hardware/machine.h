@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/virtual/delay_plan.h"
 #include "platform/virtual/fault_plan.h"
 #include "platform/virtual/modem_model.h"
 #include "platform/virtual/scenario/scenario.h"
@@ -45,7 +46,8 @@ class Machine {
   // When this process began, in story time.
   virtual_notebook::Duration ProcessBegan() const { return m_process_began; }
 
-  // Counts a call; answers the fault to give, when one is due.
+  // Counts a call, which spends its delay here; answers the fault to give, when one
+  // is due.
   std::optional<virtual_notebook::Fault> Count(std::string_view call);
   // The same for a call that reports through the last error, which is then set.
   bool Fails(std::string_view call);
@@ -80,6 +82,7 @@ class Machine {
   virtual_notebook::Duration m_process_began{};
   virtual_notebook::ModemModel m_modem;
   virtual_notebook::FaultPlan m_faults;
+  virtual_notebook::DelayPlan m_delays;
   mutable std::mutex m_mutex;
   std::vector<WrittenRecord> m_records;
   uint32_t m_accounts = 0;

@@ -22,7 +22,6 @@ using virtual_notebook::Action;
 using virtual_notebook::ModemInterface;
 
 constexpr auto kProcessStart = 20ms;
-constexpr uint32_t kLogon = 5;  // WTS_SESSION_LOGON
 
 class StoryEvents {
  public:
@@ -46,6 +45,9 @@ class StoryEvents {
   void PlayAction(const Action& action);
   void ChangeDevices(size_t index);
   void Stop();
+  void SendControl(const Action& action);
+  void SendPowerSetting(const platform::Guid& setting, uint32_t data);
+  void Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error);
   void Ask(Request::Kind kind);
   void Write(const char* text) { m_machine.Write(Note{text}); }
 
@@ -80,8 +82,8 @@ void StoryEvents::PlayAction(const Action& action) {
     case Kind::kKill:
       return Ask(Request::Kind::kKill);
     case Kind::kControl:
-      controls.SendControl(action.number, action.event_type);
-      return;
+    case Kind::kSessionChange:
+      return SendControl(action);
     case Kind::kArrival:
       return controls.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
     case Kind::kRemoval:
@@ -107,17 +109,13 @@ void StoryEvents::PlayAction(const Action& action) {
       return PowerQueue::Get().Send(platform::kPbtApmResumeSuspend);
     case Kind::kPowerEvent:
       return PowerQueue::Get().Send(action.number);
-    case Kind::kSessionChange:
-      controls.SendControl(platform::kServiceControlSessionChange, action.number);
-      return;
     case Kind::kLogon:
       m_machine.WriteRecord({});
-      controls.SendControl(platform::kServiceControlSessionChange, kLogon);
-      return;
+      return SendControl(action);
     case Kind::kBattery:
-      return controls.SendPowerSetting(platform::kGuidBatteryPercentageRemaining, action.number);
+      return SendPowerSetting(platform::kGuidBatteryPercentageRemaining, action.number);
     case Kind::kPowerSetting:
-      return controls.SendPowerSetting(action.guid, action.number);
+      return SendPowerSetting(action.guid, action.number);
     case Kind::kEventRecord:
       return m_machine.WriteRecord(action.record);
     case Kind::kRegistrySet:
@@ -127,10 +125,24 @@ void StoryEvents::PlayAction(const Action& action) {
 }
 
 void StoryEvents::Stop() {
-  if (ControlQueue::Get().Accepts(platform::kServiceControlStop)) {
-    return Ask(Request::Kind::kStop);
-  }
-  Write("stop: the service does not run or does not accept the stop control now");
+  const auto error = ControlQueue::Get().BeginStop();
+  if (!error) return Ask(Request::Kind::kStop);
+  Refuse(platform::kServiceControlStop, 0, error);
+}
+
+void StoryEvents::SendControl(const Action& action) {
+  const auto sent = virtual_notebook::ControlOf(action);
+  Refuse(sent->control, sent->event_type, ControlQueue::Get().SendControl(*sent));
+}
+
+void StoryEvents::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
+  Refuse(platform::kServiceControlPowerEvent, virtual_notebook::kPowerSettingChange,
+         ControlQueue::Get().SendPowerSetting(setting, data,
+                                              m_machine.Notebook().power_settings_need_acceptance));
+}
+
+void StoryEvents::Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error) {
+  if (error) m_machine.Write(ControlRefused{control, event_type, *error});
 }
 
 void StoryEvents::End(bool rests) {

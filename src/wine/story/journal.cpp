@@ -21,8 +21,9 @@ using virtual_notebook::Fault;
 using virtual_notebook::ModemCommand;
 
 // The kinds of entries, in the order of Entry's variant.
-constexpr std::array kKinds{"process_began", "process_ended", "event_played", "command", "status",
-                            "call",          "fault_fired",   "launched",     "note",    "request"};
+constexpr std::array kKinds{"process_began",   "process_ended", "event_played", "command",
+                            "status",          "call",          "fault_fired",  "launched",
+                            "control_refused", "note",          "request"};
 static_assert(kKinds.size() == std::variant_size_v<decltype(Entry::what)>);
 
 std::string Hex(const std::vector<uint8_t>& bytes) {
@@ -129,6 +130,17 @@ void Get(const Json& json, FaultFired& entry) {
 
 void Put(Json& json, const Launched& entry) { json["command_line"] = entry.command_line; }
 void Get(const Json& json, Launched& entry) { json.at("command_line").get_to(entry.command_line); }
+
+void Put(Json& json, const ControlRefused& entry) {
+  json["control"] = entry.control;
+  json["event_type"] = entry.event_type;
+  json["error"] = entry.error;
+}
+void Get(const Json& json, ControlRefused& entry) {
+  json.at("control").get_to(entry.control);
+  json.at("event_type").get_to(entry.event_type);
+  json.at("error").get_to(entry.error);
+}
 
 void Put(Json& json, const Note& entry) { json["text"] = entry.text; }
 void Get(const Json& json, Note& entry) { json.at("text").get_to(entry.text); }

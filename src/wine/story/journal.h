@@ -60,6 +60,13 @@ struct FaultFired {
 struct Launched {
   std::string command_line;
 };
+// A control that the story sends and that does not reach the handler; `error` is 0
+// where its sender is not told.
+struct ControlRefused {
+  uint32_t control = 0;
+  uint32_t event_type = 0;
+  uint32_t error = 0;
+};
 struct Note {
   std::string text;
 };
@@ -73,7 +80,7 @@ struct Request {
 struct Entry {
   Duration at{};  // story time since the story's start
   std::variant<ProcessBegan, ProcessEnded, EventPlayed, CommandMade, StatusReported, CallMade,
-               FaultFired, Launched, Note, Request>
+               FaultFired, Launched, ControlRefused, Note, Request>
       what;
 };
 

@@ -14,7 +14,7 @@ using Keys = std::span<const std::string_view>;
 using Kind = Action::Kind;
 
 constexpr std::array<std::string_view, 4> kCommonKeys{"at", "do", "repeat", "every_ms"};
-constexpr std::array<std::string_view, 2> kControlKeys{"number", "event_type"};
+constexpr std::array<std::string_view, 3> kControlKeys{"number", "event_type", "regardless"};
 constexpr std::array<std::string_view, 1> kNameKeys{"name"};
 constexpr std::array<std::string_view, 7> kModemKeys{
     "radio", "mbim", "hardware_id", "device_services", "latency_ms", "query", "set"};
@@ -31,6 +31,7 @@ void ReadNothing(const JsonObject& /*object*/, Action& /*action*/) {}
 void ReadControl(const JsonObject& object, Action& action) {
   action.number = static_cast<uint32_t>(object.Need("number").Whole(1, 255));
   if (const auto type = object.Find("event_type")) action.event_type = type->Code();
+  object.Read("regardless", action.regardless);
 }
 
 void ReadInterface(const JsonObject& object, Action& action) {

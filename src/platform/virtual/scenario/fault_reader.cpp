@@ -53,15 +53,28 @@ void ReadFailure(const JsonObject& object, const CallFailures& call, Fault& faul
   }
 }
 
+// Which calls of the name are meant; a count of 0 is all from the nth on.
+void ReadCalls(const JsonObject& object, uint32_t& nth, uint32_t& count) {
+  object.ReadWhole("nth", nth, 1, 1'000'000'000);
+  if (const auto value = object.Find("count")) {
+    count = value->IsText() ? value->Choice(std::array{Word{"always", uint32_t{0}}})
+                            : static_cast<uint32_t>(value->Whole(1, 1'000'000'000));
+  }
+}
+
+Delay ReadDelay(const JsonCursor& at) {
+  const JsonObject object(at, {"call", "nth", "count", "late_ms"});
+  Delay delay{.call = std::string(ReadCall(object.Need("call")).call)};
+  ReadCalls(object, delay.nth, delay.count);
+  delay.late = object.Need("late_ms").Milliseconds(kLongestPauseMs);
+  return delay;
+}
+
 Fault ReadFault(const JsonCursor& at) {
   const JsonObject object(at, {"call", "nth", "count", "error", "hresult", "bad_alloc", "null"});
   const CallFailures& call = ReadCall(object.Need("call"));
   Fault fault{.call = std::string(call.call)};
-  object.ReadWhole("nth", fault.nth, 1, 1'000'000'000);
-  if (const auto count = object.Find("count")) {
-    fault.count = count->IsText() ? count->Choice(std::array{Word{"always", uint32_t{0}}})
-                                  : static_cast<uint32_t>(count->Whole(1, 1'000'000'000));
-  }
+  ReadCalls(object, fault.nth, fault.count);
   ReadFailure(object, call, fault);
   return fault;
 }
@@ -85,6 +98,12 @@ std::vector<Fault> ReadFaults(const JsonCursor& at) {
     faults.push_back(std::move(fault));
   }
   return faults;
+}
+
+std::vector<Delay> ReadDelays(const JsonCursor& at) {
+  std::vector<Delay> delays;
+  for (const JsonCursor& item : at.Items()) delays.push_back(ReadDelay(item));
+  return delays;
 }
 
 }  // namespace nuvelta::virtual_notebook

@@ -144,6 +144,7 @@ void ReadProgram(const JsonObject& object, Notebook& notebook) {
     }
   }
   if (const auto key = object.Find("service_key")) notebook.service_key = key->NonEmptyText();
+  object.Read("power_settings_need_acceptance", notebook.power_settings_need_acceptance);
 }
 
 }  // namespace
@@ -194,7 +195,7 @@ Notebook DefaultNotebook() {
 Notebook ReadNotebook(const JsonCursor& at, const std::string& folder) {
   const JsonObject object(at, {"firmware", "registry", "adapters", "devices", "modem", "accounts",
                                "event_log", "sessions", "old_logs", "environment", "program_path",
-                               "program_version", "service_key"});
+                               "program_version", "service_key", "power_settings_need_acceptance"});
   Notebook notebook = DefaultNotebook();
   const auto read_list = [&object](std::string_view key, auto& list, auto read_item) {
     const auto value = object.Find(key);

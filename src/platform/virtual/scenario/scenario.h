@@ -136,6 +136,9 @@ struct Notebook {
   std::string program_path = "C:\\Program Files\\Nuvelta Wireless\\hx2208_auth_service.exe";
   std::string program_version = "1.0.0.1";  // empty: no version resource
   std::string service_key = "Nuvelta Wireless AUTH Service HX2208";
+  // Whether a power setting reaches a service only while it accepts power events,
+  // or whenever it has registered for the setting.
+  bool power_settings_need_acceptance = false;
 };
 
 // What an event does. The members beside `kind` hold what that kind needs.
@@ -144,7 +147,7 @@ struct Action {
     kStart,         // net start
     kStop,          // the stop control
     kKill,          // the process is ended from outside
-    kControl,       // control `number` with event type `event_type`
+    kControl,       // control `number` with event type `event_type`; `regardless` of the manager
     kArrival,       // a network adapter's interface arrives: `text` is its name
     kRemoval,       // and leaves
     kModemArrives,  // the modem appears and its interface arrives
@@ -166,6 +169,7 @@ struct Action {
   Kind kind = Kind::kStart;
   uint32_t number = 0;
   uint32_t event_type = 0;
+  bool regardless = false;
   std::string text;
   std::string value_name;
   RegistryValue value;
@@ -205,6 +209,14 @@ struct Fault {
   uint32_t code = 0;
 };
 
+// An operating-system call that takes longer; the calls are those that can fail.
+struct Delay {
+  std::string call;
+  uint32_t nth = 1;    // the first call that is late, counted from 1
+  uint32_t count = 1;  // how many calls are late; 0: all from the nth on
+  Duration late{};     // how much longer the call takes, before it does anything
+};
+
 struct Scenario {
   std::string title;
   std::string story;
@@ -214,6 +226,7 @@ struct Scenario {
   Notebook notebook;
   std::vector<Event> events;  // in order of time
   std::vector<Fault> faults;
+  std::vector<Delay> delays;
   // After the last event the notebook waits until the service rests, at most
   // this long, and then stops it.
   Duration rest_within = std::chrono::minutes(10);

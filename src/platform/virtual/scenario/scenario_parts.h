@@ -38,5 +38,6 @@ void ReadRecordMembers(const JsonObject& object, EventRecord& record);
 // begins with one.
 std::vector<Event> ReadEvents(const std::optional<JsonCursor>& at);
 std::vector<Fault> ReadFaults(const JsonCursor& at);
+std::vector<Delay> ReadDelays(const JsonCursor& at);
 
 }  // namespace nuvelta::virtual_notebook

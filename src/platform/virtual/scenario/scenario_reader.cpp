@@ -27,7 +27,7 @@ std::string ReadTitle(const JsonCursor& at) {
 
 Scenario ReadRoot(const JsonCursor& root, const std::string& folder) {
   const JsonObject object(root, {"title", "story", "start_time", "time_zone", "seed", "notebook",
-                                 "events", "faults", "rest_within_s", "stop_at_end"});
+                                 "events", "faults", "delays", "rest_within_s", "stop_at_end"});
   Scenario scenario;
   scenario.title = ReadTitle(object.Need("title"));
   object.Read("story", scenario.story);
@@ -50,6 +50,7 @@ Scenario ReadRoot(const JsonCursor& root, const std::string& folder) {
   }
   scenario.events = ReadEvents(object.Find("events"));
   if (const auto faults = object.Find("faults")) scenario.faults = ReadFaults(*faults);
+  if (const auto delays = object.Find("delays")) scenario.delays = ReadDelays(*delays);
   if (const auto rest = object.Find("rest_within_s")) {
     scenario.rest_within = rest->Seconds(0, kLongestRest);
   }
