@@ -133,17 +133,26 @@ TEST_F(UnderWine, HasItselfKilledAndStartedWhenTheModemKeepsFailing) {
   EXPECT_EQ(has("SET MBIM FUN SUCCESS!"), 1);
 }
 
-// A fault of the worker, in two processes one after the other.
+// A story of two starts, the notebook being the usual one.
+fs::path TwoStarts(const fs::path& folder) {
+  const fs::path file = folder / "two_starts.json";
+  std::ofstream(file) << R"({"title": "Two starts", "events": [
+      {"at": 0, "do": "start"}, {"at": 60, "do": "start"}]})";
+  return file;
+}
+
+// Two faults of the worker, in two processes one after the other; the second is an
+// overflow of its stack.
 TEST_F(UnderWine, LeavesOneDumpForEachFault) {
   const TemporaryFolder folder;
-  const fs::path file = folder.Path() / "two_faults.json";
-  std::ofstream(file) << R"({"title": "Two faults", "events": [
-      {"at": 0, "do": "start"}, {"at": 60, "do": "start"}]})";
-  EXPECT_EQ(Await(*prefix.RunDriver({"play", "Z:" + file.string(), "crash"})).substr(0, 5),
-            "logs ");
+  const std::string file = TwoStarts(folder.Path()).string();
+  EXPECT_EQ(
+      Await(*prefix.RunDriver({"play", "Z:" + file, "crash", "crash-by-overflow"})).substr(0, 5),
+      "logs ");
   const std::set<fs::path> dumps = Dumps();
   ASSERT_EQ(dumps.size(), 2U);
   const std::regex guid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.dmp");
+  std::multiset<std::string> reasons;
   for (const fs::path& dump : dumps) {
     EXPECT_TRUE(std::regex_match(dump.filename().string(), guid)) << dump;
     const fs::path service = binaries / wine::kServiceFile;
@@ -155,11 +164,34 @@ TEST_F(UnderWine, LeavesOneDumpForEachFault) {
         {});
     const std::string told = Await(debugger);
     // The faulting thread is the selected one, and its functions have names.
+    std::smatch reason;
     EXPECT_TRUE(std::regex_search(
-        told, std::regex("\\* thread #[0-9]+.*stop reason = Exception 0xc0000005")))
+        told, reason, std::regex("\\* thread #[0-9]+.*stop reason = Exception (0x[0-9a-f]+)")))
         << told;
+    reasons.insert(reason[1]);
+    // The stack that has overflowed is that of the virtual hardware, which has no symbols.
+    if (reason[1] == "0xc00000fd") continue;
     EXPECT_NE(told.find("IsNuveltaMBIMDevcieExist"), std::string::npos) << told;
   }
+  EXPECT_EQ(reasons, (std::multiset<std::string>{"0xc0000005", "0xc00000fd"}));
+}
+
+// A message box that nobody answers, and a dump that never gets done. The second start
+// says that the manager takes the first process for ended.
+TEST_F(UnderWine, EndsWhenTheHandlingOfAFaultHangs) {
+  const TemporaryFolder folder;
+  const std::string file = TwoStarts(folder.Path()).string();
+  const std::string told =
+      Await(*prefix.RunDriver({"play", "Z:" + file, "hang-in-message", "hang-in-dump"}));
+  const std::regex end("ended after ([0-9]+) ms with exit code E06E7577");
+  const std::vector<std::smatch> ends(
+      {std::sregex_iterator(told.begin(), told.end(), end), std::sregex_iterator()});
+  ASSERT_EQ(ends.size(), 2U) << told;
+  for (const std::smatch& match : ends) EXPECT_LT(std::stoi(match[1]), 35000);
+  // What was written of the second dump is nothing.
+  std::multiset<bool> written;
+  for (const fs::path& dump : Dumps()) written.insert(fs::file_size(dump) > 100000);
+  EXPECT_EQ(written, (std::multiset<bool>{false, true}));
 }
 
 TEST_F(UnderWine, SaysOnAConsoleThatTheManagerDidNotStartIt) {

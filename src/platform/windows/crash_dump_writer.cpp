@@ -5,6 +5,7 @@
 #include <cwchar>
 #include <exception>
 
+#include "platform/windows/crash_watchdog.h"
 #include "platform/windows/win32.h"
 
 #include <dbghelp.h>
@@ -19,6 +20,10 @@ constexpr size_t kNameSize = 512;
 constexpr UINT kAction = 0xFFFFFFFF;
 // The exception that stands for a call of std::terminate: "nuv" in its low bytes.
 constexpr DWORD kTerminated = 0xE06E7576;
+// What is left of a thread's stack to the filter when the rest has overflowed: the
+// filter's own two path buffers and the dump writer below it, whose need no document
+// names. A sixteenth of the smallest stack that a thread here gets by default.
+constexpr ULONG kFilterStack = 64 * 1024;
 
 // "3F2504E0-4F89-11D3-9A0C-0305E82C3301.dmp". Without a GUID the name is of
 // zeros: one dump is better than none.
@@ -54,6 +59,7 @@ void WriteDump(EXCEPTION_POINTERS* exception) {
 std::atomic<DWORD> g_writer = 0;
 
 LONG WINAPI WriteDumpAndEnd(EXCEPTION_POINTERS* exception) {
+  AlertCrashWatchdog();
   const DWORD thread = GetCurrentThreadId();
   if (g_writer.exchange(thread) != thread) WriteDump(exception);
   FatalAppExitW(kAction, L"Fatal Error");
@@ -66,11 +72,43 @@ LONG WINAPI WriteDumpAndEnd(EXCEPTION_POINTERS* exception) {
   for (;;) RaiseException(kTerminated, EXCEPTION_NONCONTINUABLE, 0, nullptr);
 }
 
+// The handler of std::terminate is one for each thread in the Microsoft run-time, and
+// one for all in the others, which are told the same again.
+void PrepareThread() {
+  ULONG size = kFilterStack;
+  SetThreadStackGuarantee(&size);
+  std::set_terminate(RaiseTerminated);
+}
+
+// The loader calls it at the start of every thread but the first: of the service's own
+// as of those that the log library, the control manager and the system start in it.
+void NTAPI PrepareEachThread(void* /*image*/, DWORD reason, void* /*reserved*/) {
+  if (reason == DLL_THREAD_ATTACH) PrepareThread();
+}
+
 }  // namespace
 
 void InstallCrashDumpWriter() {
   SetUnhandledExceptionFilter(WriteDumpAndEnd);
-  std::set_terminate(RaiseTerminated);
+  PrepareThread();
+  StartCrashWatchdog();
 }
 
 }  // namespace nuvelta::windows
+
+// An entry of the image's table of TLS callbacks, which the linker puts together from
+// the sections .CRT$XLA to .CRT$XLZ. Facts: ".tls Section" in the PE format's reference.
+#ifdef _MSC_VER
+#pragma comment(linker, "/INCLUDE:_tls_used")
+#pragma comment(linker, "/INCLUDE:nuvelta_prepare_each_thread")
+#pragma section(".CRT$XLN", read)
+#define NUVELTA_TLS_CALLBACK __declspec(allocate(".CRT$XLN"))
+#else
+#define NUVELTA_TLS_CALLBACK __attribute__((section(".CRT$XLN"), used))
+#endif
+
+extern "C" {
+extern const PIMAGE_TLS_CALLBACK nuvelta_prepare_each_thread;
+NUVELTA_TLS_CALLBACK const PIMAGE_TLS_CALLBACK nuvelta_prepare_each_thread =
+    nuvelta::windows::PrepareEachThread;
+}

@@ -3,10 +3,13 @@
 // its services with the last ordinary process.
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "platform/virtual/scenario/scenario_reader.h"
 #include "wine/driver/benchmark.h"
@@ -25,14 +28,34 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kMisused = 2;
 
-void Play(const fs::path& file, bool crash) {
+// How the processes are to crash, one after the other; none when a word is unknown.
+std::vector<std::string> Crashes(wchar_t** words, int count) {
+  std::vector<std::string> crashes;
+  for (const std::wstring word : std::span(words, static_cast<size_t>(count))) {
+    for (const char* const how :
+         {wine::kCrash, wine::kCrashByOverflow, wine::kHangInMessage, wine::kHangInDump}) {
+      if (word == std::wstring(how, how + std::strlen(how))) crashes.emplace_back(how);
+    }
+  }
+  if (crashes.size() != static_cast<size_t>(count)) crashes.clear();
+  return crashes;
+}
+
+void Play(const fs::path& file, const std::vector<std::string>& crashes) {
   const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
   const wine::StoryInPrefix story(scenario, fs::absolute(file));
-  if (crash) std::ofstream(wine::InstallFolder() / wine::kCrashRequestFile);
+  bool hangs = false;
+  if (!crashes.empty()) {
+    std::ofstream requests(wine::InstallFolder() / wine::kCrashRequestFile);
+    for (const std::string& how : crashes) {
+      requests << how << '\n';
+      hangs |= how == wine::kHangInMessage || how == wine::kHangInDump;
+    }
+  }
   // Tells the host that the prefix is ready, and where to look for the log.
   std::printf("logs %s\n", wine::LogFolder().string().c_str());
   std::fflush(stdout);
-  wine::Player(scenario, wine::InstallFolder()).Play();
+  wine::Player(scenario, wine::InstallFolder(), hangs).Play();
 }
 
 int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullptr, 10)); }
@@ -40,9 +63,9 @@ int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullp
 int Run(int argc, wchar_t** argv) {
   const std::wstring command = argc > 1 ? argv[1] : L"";
   if (command == L"play" && argc == 3) {
-    Play(argv[2], false);
-  } else if (command == L"play" && argc == 4 && std::wstring(argv[3]) == L"crash") {
-    Play(argv[2], true);
+    Play(argv[2], {});
+  } else if (command == L"play" && argc > 3 && !Crashes(argv + 3, argc - 3).empty()) {
+    Play(argv[2], Crashes(argv + 3, argc - 3));
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
@@ -56,7 +79,8 @@ int Run(int argc, wchar_t** argv) {
         wine::MeasureStarts(fs::absolute(argv[2]), fs::absolute(argv[3]), Count(argv[4])).c_str());
   } else {
     std::fprintf(stderr,
-                 "usage: service_driver play SCENARIO [crash] | clean | console | cycles N | "
+                 "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
+                 "hang-in-message | hang-in-dump)...] | clean | console | cycles N | "
                  "start-times EXE OTHER N\n");
     return kMisused;
   }

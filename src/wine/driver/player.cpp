@@ -42,9 +42,10 @@ bool IsReleased(const fs::path& dump) {
 
 }  // namespace
 
-Player::Player(const Scenario& scenario, const fs::path& folder)
+Player::Player(const Scenario& scenario, const fs::path& folder, bool awaits_end)
     : m_scenario(scenario),
       m_folder(folder),
+      m_awaits_end(awaits_end),
       m_journal(folder / kJournalFile),
       m_service(scenario.notebook.service_key, folder / kServiceFile),
       m_occurrences(Occurrences(scenario)) {}
@@ -167,7 +168,7 @@ void Player::CheckProgress() {
 
 void Player::Watch() {
   if (!m_process->Runs()) return ProcessGone();
-  CheckCrash();
+  if (!m_awaits_end) CheckCrash();
   CheckStop();
   CheckEnd();
   CheckProgress();
@@ -184,6 +185,7 @@ bool Player::FindProcess() {
     m_last_news = Clock::now();
     m_fate = Fate::kOpen;
     m_process = ServiceProcess::Open(id);
+    m_process_found = Clock::now();
     if (m_process) return true;
     // It was too quick to be looked at.
     m_gone.insert(id);
@@ -201,12 +203,21 @@ void Player::ProcessGone() {
   if (m_fate == Fate::kOpen && !doomed && code >= 0xC0000000) {
     WriteNote(kCrashNote + ("exit code " + std::to_string(code)));
   }
+  if (m_awaits_end) PrintEnd();
   if (doomed) m_restart_asked = Clock::now();
   Write(ProcessEnded{.process = id, .killed = doomed || m_fate == Fate::kKilled, .exit_code = code},
         m_now + (doomed ? kRestartTime : 0ms));
   m_gone.insert(id);
   m_process.reset();
   if (m_end_asked) m_over = true;
+}
+
+void Player::PrintEnd() const {
+  const auto lived =
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_process_found);
+  std::printf("ended after %lld ms with exit code %08lX\n", static_cast<long long>(lived.count()),
+              m_process->ExitCode());
+  std::fflush(stdout);
 }
 
 // Plays the next event without the service; false when there is none left.

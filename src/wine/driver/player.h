@@ -22,8 +22,11 @@ namespace nuvelta::wine {
 class Player {
  public:
   // The prefix is the scenario's notebook (StoryInPrefix); `folder` is where the
-  // service lies. Throws std::runtime_error.
-  Player(const virtual_notebook::Scenario& scenario, const std::filesystem::path& folder);
+  // service lies. A process that leaves a dump is ended, for it may wait for somebody to
+  // answer its message box; with `awaits_end` it has to end by itself, and each end is
+  // printed. Throws std::runtime_error.
+  Player(const virtual_notebook::Scenario& scenario, const std::filesystem::path& folder,
+         bool awaits_end = false);
 
   // Plays the story to its end; no process of the service is left. What happened is
   // in the journal. Throws std::runtime_error when it cannot be played.
@@ -47,6 +50,7 @@ class Player {
   void Watch();
   bool FindProcess();
   void ProcessGone();
+  void PrintEnd() const;
   bool PlayNext();
   void RefuseControl(const virtual_notebook::SentControl& sent);
   bool Starting();
@@ -56,6 +60,7 @@ class Player {
 
   const virtual_notebook::Scenario& m_scenario;
   const std::filesystem::path m_folder;
+  const bool m_awaits_end;
   const std::filesystem::path m_journal;
   const ServiceEntry m_service;
   const std::vector<Occurrence> m_occurrences;
@@ -67,6 +72,7 @@ class Player {
   Duration m_now{};  // story time of the last entry
 
   std::optional<ServiceProcess> m_process;
+  Clock::time_point m_process_found{};
   std::vector<uint32_t> m_begun;  // processes in the journal, oldest first
   std::set<uint32_t> m_gone;
   Fate m_fate = Fate::kOpen;

@@ -13,6 +13,7 @@
 #include "platform/network.h"
 #include "platform/virtual/scenario/scenario.h"
 #include "platform/virtual/unicode.h"
+#include "wine/hardware/crash.h"
 #include "wine/hardware/machine.h"
 
 namespace nuvelta::wine {
@@ -114,7 +115,7 @@ extern "C" __declspec(dllexport) ULONG WINAPI
     layout.Write(at, &adapter == &adapters.back());
     at += layout.Size();
   }
-  if (machine->CrashRequested()) {
+  if (PrepareCrash(machine->TakeCrashRequest())) {
     // Texts that nobody can read.
     for (auto* adapter = buffer; adapter != nullptr; adapter = adapter->Next) {
       adapter->FriendlyName = reinterpret_cast<wchar_t*>(16);

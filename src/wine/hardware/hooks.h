@@ -14,6 +14,7 @@ void InstallAnswerHooks();
 void InstallPrefixHooks();
 void InstallFaultHooks();
 void InstallRuntimeFaultHooks();
+void InstallCrashHooks();
 
 // The service looks this one up when it needs it: what it is to find instead.
 FARPROC SubstituteShellExecute(FARPROC original);

@@ -4,6 +4,7 @@ add_library(wine_hardware SHARED
   answer_hooks.cpp
   clock_hooks.cpp
   control_queue.cpp
+  crash.cpp
   director.cpp
   fault_hooks.cpp
   import_table.cpp

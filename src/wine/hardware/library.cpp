@@ -16,5 +16,6 @@ BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, void* /*reserved*/) {
   nuvelta::wine::InstallPrefixHooks();
   nuvelta::wine::InstallFaultHooks();
   nuvelta::wine::InstallRuntimeFaultHooks();
+  nuvelta::wine::InstallCrashHooks();
   return TRUE;
 }

@@ -204,10 +204,16 @@ void Machine::ChangeAccounts(bool added) {
   }
 }
 
-bool Machine::CrashRequested() const {
+std::string Machine::TakeCrashRequest() {
   const KeepLastError keep;
-  std::error_code ignored;
-  return fs::exists(m_folder / kCrashRequestFile, ignored);
+  const fs::path file = m_folder / kCrashRequestFile;
+  std::ifstream requests(file);
+  std::string how;
+  std::getline(requests, how);
+  const std::string others{std::istreambuf_iterator(requests), {}};
+  requests.close();
+  if (!others.empty()) std::ofstream(file, std::ios::trunc) << others;
+  return how;
 }
 
 void Machine::Write(decltype(Entry::what) what) {

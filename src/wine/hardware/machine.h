@@ -64,8 +64,9 @@ class Machine {
   void ListenToAccounts(std::function<void(bool added)> listener);
   void ChangeAccounts(bool added);
 
-  // Whether the next answer about network adapters shall make the service fault.
-  bool CrashRequested() const;
+  // How this answer about network adapters shall make the service fault; empty: not at
+  // all. The request is taken from the list, unless it is the last.
+  std::string TakeCrashRequest();
 
   void Write(decltype(Entry::what) what);
 

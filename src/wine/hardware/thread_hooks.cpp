@@ -88,6 +88,11 @@ DWORD WINAPI RunThread(void* parameter) {
 
 HANDLE WINAPI MakeThread(SECURITY_ATTRIBUTES* attributes, SIZE_T stack,
                          LPTHREAD_START_ROUTINE routine, void* parameter, DWORD flags, DWORD* id) {
+  // The crash watchdog, the only one that says how much stack it needs. It keeps real
+  // time, and its event and waits too pass by the functions below.
+  if ((flags & STACK_SIZE_PARAM_IS_A_RESERVATION) != 0) {
+    return g_create_thread(attributes, stack, routine, parameter, flags, id);
+  }
   if (Machine::Current()->Fails("CreateThread")) return nullptr;
   auto start = std::make_unique<ThreadStart>(ThreadStart{routine, parameter});
   Director::Get().BeforeStart();

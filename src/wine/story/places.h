@@ -12,8 +12,14 @@ inline constexpr const char* kDriverFile = "service_driver.exe";
 // One line: the Windows path of the scenario that is being played.
 inline constexpr const char* kStoryFile = "story.path";
 inline constexpr const char* kJournalFile = "journal.jsonl";
-// While it is there, the answer about network adapters makes the service fault.
+// While it is there, the answer about network adapters makes the service fault: the first
+// process in the way that the first line names, the second in that of the second and so
+// on. "Hang" means that a call of the fault's handling never returns.
 inline constexpr const char* kCrashRequestFile = "crash.request";
+inline constexpr const char* kCrash = "crash";
+inline constexpr const char* kCrashByOverflow = "crash-by-overflow";  // of the stack
+inline constexpr const char* kHangInMessage = "hang-in-message";      // FatalAppExitW
+inline constexpr const char* kHangInDump = "hang-in-dump";            // MiniDumpWriteDump
 // What the driver has to take back; there while it works.
 inline constexpr const char* kUndoFile = "undo.json";
 
