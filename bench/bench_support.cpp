@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "apps/story/story.h"
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/story.h"
 
 namespace nuvelta::bench {
 

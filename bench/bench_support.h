@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <functional>
 
-#include "apps/story/temporary_folder.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::bench {
 

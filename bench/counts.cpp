@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "apps/explore/engine_view.h"
-#include "apps/story/story.h"
 #include "auth/systeminfo.h"
 #include "bench_support.h"
 #include "common/ctask.h"
@@ -25,9 +24,10 @@
 #include "common/log_folder.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
+#include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/story.h"
 #include "plain_firmware.h"
 #include "platform/platform.h"
-#include "platform/virtual/scenario/scenario_reader.h"
 #include "tasks/task_manager.h"
 
 namespace nuvelta::bench {

@@ -1,8 +1,8 @@
 // Whole stories: how long one takes, and what ten thousand in one process take.
 #include <benchmark/benchmark.h>
 
-#include "apps/story/story.h"
 #include "bench_support.h"
+#include "notebook/story/story.h"
 
 namespace nuvelta::bench {
 namespace {

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <numeric>
 
-#include "platform/virtual/smbios_builder.h"
+#include "notebook/model/smbios_builder.h"
 
 namespace nuvelta::bench {
 

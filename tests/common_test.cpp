@@ -4,16 +4,16 @@
 #include <filesystem>
 #include <fstream>
 
-#include "apps/story/log_files.h"
 #include "common/common_util.h"
 #include "common/func_trace.h"
 #include "common/log_file_sink.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
 #include "modem/mbn_winrt_helper.h"
+#include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/log_files.h"
 #include "platform/mobile_broadband.h"
 #include "platform/platform.h"
-#include "platform/virtual/scenario/scenario_reader.h"
 #include "story_support.h"
 
 namespace nuvelta::test {

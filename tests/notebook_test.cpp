@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <fstream>
 
-#include "apps/story/temporary_folder.h"
-#include "platform/virtual/code_page.h"
-#include "platform/virtual/control_rules.h"
-#include "platform/virtual/delay_plan.h"
-#include "platform/virtual/modem_model.h"
-#include "platform/virtual/unicode.h"
-#include "platform/virtual/virtual_files.h"
-#include "platform/virtual/virtual_registry.h"
+#include "notebook/machine/code_page.h"
+#include "notebook/machine/virtual_files.h"
+#include "notebook/machine/virtual_registry.h"
+#include "notebook/model/control_rules.h"
+#include "notebook/model/delay_plan.h"
+#include "notebook/model/modem_model.h"
+#include "notebook/model/unicode.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::test {
 namespace {

@@ -7,14 +7,14 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "apps/story/log_files.h"
-#include "apps/story/temporary_folder.h"
-#include "apps/virtual_notebook/log_counts.h"
-#include "apps/virtual_notebook/log_follower.h"
-#include "apps/virtual_notebook/log_printer.h"
-#include "apps/virtual_notebook/progress.h"
-#include "apps/virtual_notebook/story_folders.h"
-#include "apps/virtual_notebook/summary.h"
+#include "notebook/program/log_counts.h"
+#include "notebook/program/log_follower.h"
+#include "notebook/program/log_printer.h"
+#include "notebook/program/progress.h"
+#include "notebook/program/story_folders.h"
+#include "notebook/program/summary.h"
+#include "notebook/story/log_files.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::test {
 namespace {

@@ -14,8 +14,8 @@
 #include <valijson/schema_parser.hpp>
 #include <valijson/validator.hpp>
 
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/scenario/scenario_reader.h"
 
 namespace nuvelta::virtual_notebook {
 namespace {

@@ -9,10 +9,10 @@
 #include <map>
 #include <sstream>
 
+#include "notebook/model/fault_plan.h"
+#include "notebook/model/smbios_builder.h"
+#include "notebook/scenario/scenario_reader.h"
 #include "platform/fcc_marker.h"
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario/scenario_reader.h"
-#include "platform/virtual/smbios_builder.h"
 
 namespace nuvelta::virtual_notebook {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <set>
 
-#include "platform/virtual/virtual_threads.h"
+#include "notebook/machine/virtual_threads.h"
 
 namespace nuvelta::test {
 namespace {

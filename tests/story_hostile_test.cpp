@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "notebook/model/smbios_builder.h"
 #include "platform/fcc_marker.h"
-#include "platform/virtual/smbios_builder.h"
 #include "story_support.h"
 
 namespace nuvelta::test {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "apps/story/text_shape.h"
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/text_shape.h"
 
 namespace nuvelta::test {
 

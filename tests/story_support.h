@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "apps/story/story.h"
-#include "apps/story/temporary_folder.h"
+#include "notebook/story/story.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::test {
 

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "apps/story/temporary_folder.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::test {
 

@@ -14,8 +14,8 @@
 #include "auth/systeminfo.h"
 #include "dmidecode.h"
 #include "fake_platform.h"
-#include "platform/virtual/scenario/scenario_reader.h"
-#include "platform/virtual/smbios_builder.h"
+#include "notebook/model/smbios_builder.h"
+#include "notebook/scenario/scenario_reader.h"
 
 namespace nuvelta::test {
 namespace {

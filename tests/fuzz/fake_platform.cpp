@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/virtual/code_page.h"
-#include "platform/virtual/modem_model.h"
-#include "platform/virtual/virtual_mobile_broadband.h"
-#include "platform/virtual/virtual_service_control.h"
-#include "platform/virtual/virtual_system.h"
+#include "notebook/machine/code_page.h"
+#include "notebook/machine/virtual_mobile_broadband.h"
+#include "notebook/machine/virtual_service_control.h"
+#include "notebook/machine/virtual_system.h"
+#include "notebook/model/modem_model.h"
 
 namespace nuvelta::fuzz {
 

@@ -6,7 +6,7 @@
 
 #include "fake_platform.h"
 #include "modem/device_helper.h"
-#include "platform/virtual/code_page.h"
+#include "notebook/machine/code_page.h"
 #include "target.h"
 
 namespace nuvelta::fuzz {

@@ -12,9 +12,9 @@
 #include <spdlog/sinks/sink.h>
 #include <spdlog/spdlog.h>
 
-#include "apps/story/temporary_folder.h"
 #include "common/logger.h"
 #include "fake_platform.h"
+#include "notebook/story/temporary_folder.h"
 #include "target.h"
 
 namespace nuvelta::fuzz {

@@ -6,9 +6,9 @@
 #include <set>
 #include <string>
 
-#include "platform/virtual/scenario/scenario_reader.h"
-#include "platform/virtual/smbios_builder.h"
-#include "platform/virtual/unicode.h"
+#include "notebook/model/smbios_builder.h"
+#include "notebook/model/unicode.h"
+#include "notebook/scenario/scenario_reader.h"
 
 namespace fs = std::filesystem;
 using namespace nuvelta::virtual_notebook;

@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <string>
 
-#include "apps/story/story.h"
-#include "apps/story/temporary_folder.h"
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario/scenario_reader.h"
-#include "platform/virtual/smbios_builder.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/model/smbios_builder.h"
+#include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/story.h"
+#include "notebook/story/temporary_folder.h"
 #include "target.h"
 
 namespace nuvelta::fuzz {

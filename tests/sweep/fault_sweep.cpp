@@ -5,8 +5,8 @@
 #include <span>
 #include <string_view>
 
-#include "apps/story/log_files.h"
-#include "platform/virtual/fault_plan.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/story/log_files.h"
 
 namespace nuvelta::test {
 

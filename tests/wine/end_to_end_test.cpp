@@ -10,10 +10,10 @@
 #include <regex>
 #include <set>
 
-#include "apps/story/log_files.h"
 #include "apps/wine_notebook/journal_report.h"
 #include "apps/wine_notebook/playing.h"
 #include "apps/wine_notebook/wine_prefix.h"
+#include "notebook/story/log_files.h"
 #include "story_support.h"
 #include "wine/story/places.h"
 

@@ -8,7 +8,7 @@
 #include <span>
 
 #include "apps/explore/findings.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::explore {
 

@@ -18,7 +18,7 @@
 #include <stdexcept>
 
 #include "apps/explore/life.h"
-#include "platform/virtual/scenario/scenario_error.h"
+#include "notebook/scenario/scenario_error.h"
 
 namespace nuvelta::explore {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/scenario/scenario_reader.h"
 
 namespace nuvelta::explore {
 

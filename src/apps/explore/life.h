@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/explore/dice.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::explore {
 

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "apps/story/text_shape.h"
+#include "notebook/story/text_shape.h"
 
 namespace nuvelta::explore {
 

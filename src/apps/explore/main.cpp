@@ -12,7 +12,7 @@
 #include "apps/explore/exploring.h"
 #include "apps/explore/life.h"
 #include "apps/explore/shrinking.h"
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
 
 namespace nuvelta::explore {
 namespace {

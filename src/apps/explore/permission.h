@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::explore {
 

@@ -13,8 +13,8 @@
 #include "apps/explore/status_rules.h"
 #include "apps/explore/task_rules.h"
 #include "apps/explore/trace_rules.h"
-#include "apps/story/story.h"
-#include "apps/story/temporary_folder.h"
+#include "notebook/story/story.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::explore {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "apps/explore/watch.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::explore {
 

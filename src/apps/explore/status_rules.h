@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "apps/explore/findings.h"
-#include "platform/virtual/virtual_machine.h"
+#include "notebook/machine/virtual_machine.h"
 
 namespace nuvelta::explore {
 

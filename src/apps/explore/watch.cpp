@@ -5,7 +5,7 @@
 #include "apps/explore/engine_view.h"
 #include "apps/explore/watched_modem.h"
 #include "apps/explore/watched_threads.h"
-#include "apps/story/story.h"
+#include "notebook/story/story.h"
 #include "platform/platform.h"
 
 namespace nuvelta::explore {

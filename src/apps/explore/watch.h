@@ -11,8 +11,8 @@
 #include "apps/explore/lock_watch.h"
 #include "apps/explore/task_watch.h"
 #include "apps/explore/wake_watch.h"
+#include "notebook/machine/virtual_machine.h"
 #include "platform/clock.h"
-#include "platform/virtual/virtual_machine.h"
 
 namespace nuvelta {
 class CTaskManager;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/virtual/scheduler.h"
+#include "notebook/machine/scheduler.h"
 
 namespace nuvelta::explore {
 

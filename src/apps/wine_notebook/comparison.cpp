@@ -7,7 +7,7 @@
 #include <map>
 #include <regex>
 
-#include "apps/virtual_notebook/log_printer.h"
+#include "notebook/program/log_printer.h"
 
 namespace nuvelta::wine_notebook {
 

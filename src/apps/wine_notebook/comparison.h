@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "apps/wine_notebook/log_records.h"
-#include "platform/virtual/virtual_machine.h"
+#include "notebook/machine/virtual_machine.h"
 
 namespace nuvelta::wine_notebook {
 

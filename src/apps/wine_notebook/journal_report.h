@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario.h"
-#include "platform/virtual/virtual_machine.h"
+#include "notebook/machine/virtual_machine.h"
+#include "notebook/model/scenario.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine_notebook {

@@ -3,7 +3,7 @@
 #include <map>
 #include <regex>
 
-#include "apps/story/text_shape.h"
+#include "notebook/story/text_shape.h"
 
 namespace nuvelta::wine_notebook {
 

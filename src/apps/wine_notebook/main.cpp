@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <exception>
 
-#include "apps/story/interruption.h"
-#include "apps/story/standard_output.h"
-#include "apps/virtual_notebook/commands.h"
 #include "apps/wine_notebook/bad_input.h"
 #include "apps/wine_notebook/wine_commands.h"
+#include "notebook/program/commands.h"
+#include "notebook/story/interruption.h"
+#include "notebook/story/standard_output.h"
 
 namespace nuvelta::wine_notebook {
 namespace {

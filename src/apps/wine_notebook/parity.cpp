@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "apps/story/interruption.h"
-#include "apps/story/story.h"
-#include "apps/story/temporary_folder.h"
-#include "apps/virtual_notebook/commands.h"
 #include "apps/wine_notebook/comparison.h"
 #include "apps/wine_notebook/journal_report.h"
 #include "apps/wine_notebook/playing.h"
 #include "apps/wine_notebook/unplayable.h"
+#include "notebook/program/commands.h"
+#include "notebook/story/interruption.h"
+#include "notebook/story/story.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::wine_notebook {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "apps/wine_notebook/wine_prefix.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine_notebook {
 

@@ -9,10 +9,10 @@
 #include <optional>
 #include <stdexcept>
 
-#include "apps/story/interruption.h"
-#include "apps/story/log_files.h"
-#include "apps/virtual_notebook/log_follower.h"
 #include "apps/wine_notebook/journal_report.h"
+#include "notebook/program/log_follower.h"
+#include "notebook/story/interruption.h"
+#include "notebook/story/log_files.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {

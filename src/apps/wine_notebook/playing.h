@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "apps/wine_notebook/wine_prefix.h"
-#include "platform/virtual/scenario/scenario.h"
-#include "platform/virtual/virtual_machine.h"
+#include "notebook/machine/virtual_machine.h"
+#include "notebook/model/scenario.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine_notebook {

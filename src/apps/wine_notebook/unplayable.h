@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine_notebook {
 

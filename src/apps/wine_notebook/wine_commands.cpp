@@ -5,15 +5,15 @@
 #include <cstdio>
 #include <memory>
 
-#include "apps/story/interruption.h"
-#include "apps/story/standard_output.h"
-#include "apps/virtual_notebook/commands.h"
-#include "apps/virtual_notebook/log_printer.h"
-#include "apps/virtual_notebook/story_folders.h"
 #include "apps/wine_notebook/parity.h"
 #include "apps/wine_notebook/playing.h"
 #include "apps/wine_notebook/unplayable.h"
 #include "apps/wine_notebook/wine_prefix.h"
+#include "notebook/program/commands.h"
+#include "notebook/program/log_printer.h"
+#include "notebook/program/story_folders.h"
+#include "notebook/story/interruption.h"
+#include "notebook/story/standard_output.h"
 
 namespace nuvelta::wine_notebook {
 

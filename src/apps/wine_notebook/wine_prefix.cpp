@@ -10,8 +10,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "apps/story/interruption.h"
 #include "apps/wine_notebook/bad_input.h"
+#include "notebook/story/interruption.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {

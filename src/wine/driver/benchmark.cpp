@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
 #include "wine/driver/prefix.h"
 #include "wine/driver/service_entry.h"
 #include "wine/driver/service_process.h"

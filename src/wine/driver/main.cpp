@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
 #include "wine/driver/benchmark.h"
 #include "wine/driver/console_start.h"
 #include "wine/driver/old_logs.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 #include "wine/driver/win32.h"
 
 namespace nuvelta::wine {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/control_rules.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/control_rules.h"
+#include "notebook/model/scenario.h"
 #include "wine/driver/background_call.h"
 #include "wine/driver/service_entry.h"
 #include "wine/driver/service_process.h"

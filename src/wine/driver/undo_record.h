@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
 

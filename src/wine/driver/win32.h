@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/virtual/unicode.h"
+#include "notebook/model/unicode.h"
 
 namespace nuvelta::wine {
 

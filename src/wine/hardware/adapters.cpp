@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "notebook/model/scenario.h"
+#include "notebook/model/unicode.h"
 #include "platform/network.h"
-#include "platform/virtual/scenario/scenario.h"
-#include "platform/virtual/unicode.h"
 #include "wine/hardware/crash.h"
 #include "wine/hardware/machine.h"
 

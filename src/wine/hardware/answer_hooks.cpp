@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/event_data.h"
-#include "platform/virtual/smbios_builder.h"
-#include "platform/virtual/unicode.h"
+#include "notebook/model/event_data.h"
+#include "notebook/model/smbios_builder.h"
+#include "notebook/model/unicode.h"
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
 #include "wine/hardware/machine.h"

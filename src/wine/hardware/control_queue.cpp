@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
+#include "notebook/model/event_data.h"
 #include "platform/service_control.h"
-#include "platform/virtual/event_data.h"
 #include "wine/hardware/director.h"
 
 namespace nuvelta::wine {

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "notebook/model/control_rules.h"
 #include "platform/types.h"
-#include "platform/virtual/control_rules.h"
 
 namespace nuvelta::wine {
 

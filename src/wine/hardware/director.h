@@ -13,7 +13,7 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
 

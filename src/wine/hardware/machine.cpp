@@ -9,7 +9,7 @@
 #include <fstream>
 #include <utility>
 
-#include "platform/virtual/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_reader.h"
 #include "wine/hardware/director.h"
 #include "wine/hardware/last_error.h"
 #include "wine/hardware/story_events.h"

@@ -11,10 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/virtual/delay_plan.h"
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/modem_model.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/delay_plan.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/model/modem_model.h"
+#include "notebook/model/scenario.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine {

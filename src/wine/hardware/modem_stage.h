@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/virtual/modem_model.h"
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/modem_model.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
 

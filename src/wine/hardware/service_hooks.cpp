@@ -9,8 +9,8 @@
 #include <string>
 #include <thread>
 
+#include "notebook/model/unicode.h"
 #include "platform/service_control.h"
-#include "platform/virtual/unicode.h"
 #include "wine/hardware/control_queue.h"
 #include "wine/hardware/director.h"
 #include "wine/hardware/hooks.h"

@@ -5,8 +5,8 @@
 #include <exception>
 #include <memory>
 
+#include "notebook/model/event_data.h"
 #include "platform/service_control.h"
-#include "platform/virtual/event_data.h"
 #include "wine/hardware/control_queue.h"
 #include "wine/hardware/director.h"
 #include "wine/hardware/machine.h"

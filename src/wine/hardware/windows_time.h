@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
 

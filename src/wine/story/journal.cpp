@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "platform/virtual/scenario/scenario_text.h"
+#include "notebook/scenario/scenario_text.h"
 #include "wine/story/journal_line.h"
 
 namespace nuvelta::wine {

@@ -14,10 +14,10 @@
 #include <variant>
 #include <vector>
 
+#include "notebook/model/fault_plan.h"
+#include "notebook/model/modem_model.h"
+#include "notebook/model/scenario.h"
 #include "platform/service_control.h"
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/modem_model.h"
-#include "platform/virtual/scenario/scenario.h"
 
 namespace nuvelta::wine {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine {

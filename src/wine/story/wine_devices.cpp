@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/virtual/unicode.h"
+#include "notebook/model/unicode.h"
 
 namespace nuvelta::wine {
 

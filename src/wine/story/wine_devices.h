@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "platform/virtual/scenario/scenario.h"
+#include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
 

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "platform/virtual/unicode.h"
+#include "notebook/model/unicode.h"
 
 namespace nuvelta::wine {
 

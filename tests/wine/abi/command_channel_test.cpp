@@ -4,7 +4,7 @@
 #include <string>
 
 #include "fakes_test.h"
-#include "platform/virtual/fault_plan.h"
+#include "notebook/model/fault_plan.h"
 
 namespace nuvelta::wine {
 

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/virtual/fault_plan.h"
-#include "platform/virtual/modem_model.h"
+#include "notebook/model/fault_plan.h"
+#include "notebook/model/modem_model.h"
 #include "wine/hardware/modem_stage.h"
 
 namespace nuvelta::wine {

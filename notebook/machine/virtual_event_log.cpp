@@ -1,0 +1,71 @@
+#include "notebook/machine/virtual_event_log.h"
+
+#include <cstring>
+
+#include "notebook/model/event_data.h"
+
+namespace nuvelta::virtual_notebook {
+
+void VirtualEventLog::Write(const EventRecord& record, int64_t seconds) {
+  const std::lock_guard lock(m_mutex);
+  const auto number = static_cast<uint32_t>(m_records.size() + 1);
+  m_records.push_back(EventRecordBytes(record, number, static_cast<uint32_t>(seconds)));
+}
+
+platform::EventLogHandle VirtualEventLog::OpenEventLogW(std::u16string_view /*log*/) {
+  m_context.Spend(std::chrono::milliseconds(5));
+  if (m_context.Fails("OpenEventLogW")) return {};
+  const std::lock_guard lock(m_mutex);
+  m_cursors.emplace(m_next_handle, m_records.size());
+  return static_cast<platform::EventLogHandle>(m_next_handle++);
+}
+
+bool VirtualEventLog::ReadEventLogW(platform::EventLogHandle log, uint32_t /*flags*/,
+                                    uint32_t /*offset*/, std::span<std::byte> buffer,
+                                    uint32_t& read, uint32_t& needed) {
+  read = 0;
+  needed = 0;
+  if (m_context.Fails("ReadEventLogW")) return false;
+  const std::lock_guard lock(m_mutex);
+  const auto cursor = m_cursors.find(static_cast<uintptr_t>(log));
+  if (cursor == m_cursors.end()) {
+    Context::SetLastError(platform::kErrorInvalidHandle);
+    return false;
+  }
+  size_t used = 0;
+  while (cursor->second > 0) {
+    const std::vector<uint8_t>& record = m_records[cursor->second - 1];
+    if (used + record.size() > buffer.size()) {
+      needed = static_cast<uint32_t>(record.size());
+      break;
+    }
+    if (!record.empty()) std::memcpy(buffer.data() + used, record.data(), record.size());
+    used += record.size();
+    --cursor->second;
+  }
+  if (used == 0) {
+    Context::SetLastError(needed != 0 ? platform::kErrorInsufficientBuffer
+                                      : platform::kErrorHandleEof);
+    return false;
+  }
+  read = static_cast<uint32_t>(used);
+  needed = 0;
+  return true;
+}
+
+bool VirtualEventLog::CloseEventLog(platform::EventLogHandle log) noexcept {
+  const std::lock_guard lock(m_mutex);
+  return m_cursors.erase(static_cast<uintptr_t>(log)) != 0;
+}
+
+void VirtualEventLog::EndProcess() {
+  const std::lock_guard lock(m_mutex);
+  m_cursors.clear();
+}
+
+size_t VirtualEventLog::OpenHandles() const {
+  const std::lock_guard lock(m_mutex);
+  return m_cursors.size();
+}
+
+}  // namespace nuvelta::virtual_notebook

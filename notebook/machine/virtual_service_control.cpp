@@ -1,0 +1,350 @@
+#include "notebook/machine/virtual_service_control.h"
+
+#include <cstring>
+#include <utility>
+
+#include "notebook/model/event_data.h"
+#include "notebook/model/unicode.h"
+
+namespace nuvelta::virtual_notebook {
+
+using platform::NotifyHandle;
+using platform::ServiceStatus;
+
+struct VirtualServiceControl::Control {
+  uint32_t control = 0;
+  uint32_t event_type = 0;
+  std::vector<uint8_t> data;
+};
+
+// What the dispatcher's thread waits for: a control, or the service's stop.
+struct VirtualServiceControl::Dispatcher final : Waitable {
+  std::deque<Control> controls;
+  bool stopped = false;
+
+  bool Ready(uint32_t /*id*/) const override { return stopped || !controls.empty(); }
+  std::string Describe() const override { return "the next control"; }
+};
+
+struct VirtualServiceControl::PowerQueue final : Waitable {
+  platform::PowerCallback callback = nullptr;
+  void* context = nullptr;
+  std::deque<uint32_t> types;
+
+  bool Ready(uint32_t /*id*/) const override { return !types.empty(); }
+  std::string Describe() const override { return "the next power event"; }
+};
+
+VirtualServiceControl::VirtualServiceControl(Context& context, const Notebook& notebook,
+                                             std::function<void(std::string)> launch)
+    : m_context(context),
+      m_service_key(Utf16(notebook.service_key)),
+      m_settings_need_acceptance(notebook.power_settings_need_acceptance),
+      m_begin(context.scheduler.Now()),
+      m_launch(std::move(launch)) {}
+
+VirtualServiceControl::~VirtualServiceControl() = default;
+
+bool VirtualServiceControl::StartServiceCtrlDispatcherW(std::u16string_view /*name*/,
+                                                        platform::ServiceMainFunction main) {
+  m_context.Spend(std::chrono::milliseconds(2));
+  if (m_context.Fails("StartServiceCtrlDispatcherW")) return false;
+  std::shared_ptr<Dispatcher> dispatcher;
+  {
+    const std::lock_guard lock(m_mutex);
+    dispatcher = m_dispatcher;
+  }
+  if (dispatcher == nullptr) {
+    Context::SetLastError(platform::kErrorFailedServiceControllerConnect);
+    return false;
+  }
+  m_context.scheduler.Spawn("service main", Scheduler::CurrentProcess(), main);
+  for (;;) {
+    m_context.scheduler.Wait(*dispatcher, std::nullopt);
+    std::optional<Control> control;
+    m_context.scheduler.Change([&] {
+      if (dispatcher->controls.empty()) return;
+      control = std::move(dispatcher->controls.front());
+      dispatcher->controls.pop_front();
+    });
+    if (!control) {
+      // The manager lets the service's own thread finish its last report.
+      m_context.Spend(std::chrono::milliseconds(5));
+      return true;
+    }
+    platform::HandlerFunction handler = nullptr;
+    void* handler_context = nullptr;
+    {
+      const std::lock_guard lock(m_mutex);
+      handler = m_handler;
+      handler_context = m_handler_context;
+    }
+    if (handler == nullptr) continue;
+    handler(control->control, control->event_type,
+            control->data.empty() ? nullptr : control->data.data(), handler_context);
+  }
+}
+
+platform::StatusHandle VirtualServiceControl::RegisterServiceCtrlHandlerExW(
+    std::u16string_view /*name*/, platform::HandlerFunction handler, void* context) {
+  m_context.Spend(std::chrono::milliseconds(2));
+  if (m_context.Fails("RegisterServiceCtrlHandlerExW")) return {};
+  const std::lock_guard lock(m_mutex);
+  m_handler = handler;
+  m_handler_context = context;
+  return static_cast<platform::StatusHandle>(0x5C);
+}
+
+bool VirtualServiceControl::SetServiceStatus(platform::StatusHandle /*handle*/,
+                                             const ServiceStatus& status) {
+  m_context.Spend(std::chrono::milliseconds(1));
+  if (m_context.Fails("SetServiceStatus")) return false;
+  std::shared_ptr<Dispatcher> dispatcher;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_status = status;
+    m_reports.push_back({m_process, m_context.scheduler.Now(), status});
+    dispatcher = m_dispatcher;
+  }
+  if (status.dwCurrentState == platform::kServiceStopped && dispatcher != nullptr) {
+    m_context.scheduler.Change([&] { dispatcher->stopped = true; });
+  }
+  return true;
+}
+
+NotifyHandle VirtualServiceControl::RegisterPowerSettingNotification(
+    platform::StatusHandle /*recipient*/, const platform::Guid& /*setting*/, uint32_t /*flags*/) {
+  m_context.Spend(std::chrono::milliseconds(1));
+  if (m_context.Fails("RegisterPowerSettingNotification")) return {};
+  const std::lock_guard lock(m_mutex);
+  m_wants_power_settings = true;
+  return static_cast<NotifyHandle>(1);
+}
+
+NotifyHandle VirtualServiceControl::RegisterSuspendResumeNotification(
+    platform::PowerCallback callback, void* context, uint32_t /*flags*/) {
+  m_context.Spend(std::chrono::milliseconds(1));
+  if (m_context.Fails("RegisterSuspendResumeNotification")) return {};
+  auto queue = std::make_shared<PowerQueue>();
+  queue->callback = callback;
+  queue->context = context;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_power_queue = queue;
+  }
+  m_context.scheduler.Spawn("power notifications", Scheduler::CurrentProcess(),
+                            [this, queue] { ServePowerEvents(queue); });
+  return static_cast<NotifyHandle>(2);
+}
+
+void VirtualServiceControl::ServePowerEvents(const std::shared_ptr<PowerQueue>& queue) {
+  for (;;) {
+    m_context.scheduler.Wait(*queue, std::nullopt);
+    uint32_t type = 0;
+    m_context.scheduler.Change([&] {
+      type = queue->types.front();
+      queue->types.pop_front();
+    });
+    queue->callback(queue->context, type, nullptr);
+  }
+}
+
+NotifyHandle VirtualServiceControl::RegisterDeviceNotificationW(
+    platform::StatusHandle /*recipient*/, const platform::DeviceInterfaceBroadcast& filter,
+    uint32_t /*flags*/) {
+  m_context.Spend(std::chrono::milliseconds(1));
+  if (m_context.Fails("RegisterDeviceNotificationW")) return {};
+  const std::lock_guard lock(m_mutex);
+  m_wants_devices = filter.dbcc_classguid == platform::kGuidDevInterfaceNet;
+  return static_cast<NotifyHandle>(3);
+}
+
+namespace {
+
+// The records that EnumServicesStatusExW leaves in the caller's buffer: the
+// count first, then the records, then their names.
+struct ServiceEntry {
+  std::u16string name;
+  uint32_t process = 0;
+};
+
+size_t SizeOf(const std::vector<ServiceEntry>& entries) {
+  size_t size = 0;
+  for (const ServiceEntry& entry : entries) {
+    size += sizeof(platform::ServiceRecord) + (entry.name.size() + 1) * sizeof(char16_t);
+  }
+  return size;
+}
+
+}  // namespace
+
+platform::ManagerHandle VirtualServiceControl::OpenSCManagerW(uint32_t /*access*/) {
+  m_context.Spend(std::chrono::milliseconds(20));
+  if (m_context.Fails("OpenSCManagerW")) return {};
+  return static_cast<platform::ManagerHandle>(0x5D);
+}
+
+bool VirtualServiceControl::EnumServicesStatusExW(platform::ManagerHandle /*manager*/,
+                                                  uint32_t /*level*/, uint32_t /*type*/,
+                                                  uint32_t /*state*/, void* buffer, uint32_t size,
+                                                  uint32_t& needed, uint32_t& returned) {
+  needed = 0;
+  returned = 0;
+  if (m_context.Fails("EnumServicesStatusExW")) return false;
+  std::vector<ServiceEntry> entries{{u"Dhcp", 912}, {u"EventLog", 1044}, {u"Spooler", 0}};
+  {
+    const std::lock_guard lock(m_mutex);
+    entries.push_back({m_service_key, m_process});
+  }
+  entries.push_back({u"WwanSvc", 1388});
+  const size_t total = SizeOf(entries);
+  if (buffer == nullptr || size < total) {
+    needed = static_cast<uint32_t>(total);
+    Context::SetLastError(platform::kErrorMoreData);
+    return false;
+  }
+  auto* record = static_cast<platform::ServiceRecord*>(buffer);
+  auto* name = reinterpret_cast<char16_t*>(record + entries.size());
+  for (const ServiceEntry& entry : entries) {
+    std::memcpy(name, entry.name.c_str(), (entry.name.size() + 1) * sizeof(char16_t));
+    *record++ = {.lpServiceName = name, .dwProcessId = entry.process};
+    name += entry.name.size() + 1;
+  }
+  returned = static_cast<uint32_t>(entries.size());
+  return true;
+}
+
+platform::ServiceRecord VirtualServiceControl::ReadService(const void* buffer, uint32_t index) {
+  return static_cast<const platform::ServiceRecord*>(buffer)[index];
+}
+
+bool VirtualServiceControl::CloseServiceHandle(platform::ManagerHandle manager) noexcept {
+  return manager != platform::ManagerHandle{};
+}
+
+bool VirtualServiceControl::ShellExecuteExW(const platform::ShellExecuteInfo& info) {
+  m_context.Spend(std::chrono::milliseconds(150));
+  if (m_context.Fails("ShellExecuteExW")) return false;
+  m_launch(Utf8(info.lpFile) + " " + Utf8(info.lpParameters));
+  return true;
+}
+
+void VirtualServiceControl::BeginProcess(uint32_t process) {
+  const std::lock_guard lock(m_mutex);
+  m_process = process;
+  m_status = {.dwServiceType = platform::kServiceWin32OwnProcess,
+              .dwCurrentState = platform::kServiceStartPending};
+  m_dispatcher = std::make_shared<Dispatcher>();
+}
+
+void VirtualServiceControl::EndProcess() {
+  const std::lock_guard lock(m_mutex);
+  m_process = 0;
+  m_status = {};
+  m_stop_sent = false;
+  m_handler = nullptr;
+  m_handler_context = nullptr;
+  m_wants_power_settings = false;
+  m_wants_devices = false;
+  m_dispatcher.reset();
+  m_power_queue.reset();
+}
+
+void VirtualServiceControl::Enqueue(Control control) {
+  std::shared_ptr<Dispatcher> dispatcher;
+  {
+    const std::lock_guard lock(m_mutex);
+    if (m_handler == nullptr) return;
+    dispatcher = m_dispatcher;
+  }
+  if (dispatcher == nullptr) return;
+  m_context.scheduler.Change([&] { dispatcher->controls.push_back(std::move(control)); });
+}
+
+std::optional<uint32_t> VirtualServiceControl::WhyRefused(const SentControl& sent) const {
+  if (!sent.regardless) {
+    if (const auto error = RefusalOf(sent.control, Managed())) return error;
+  }
+  // Not even regardless of the rules is there anybody to call.
+  if (m_process == 0) return kErrorServiceNotActive;
+  return m_handler == nullptr ? std::optional(kErrorServiceRequestTimeout) : std::nullopt;
+}
+
+void VirtualServiceControl::Refuse(uint32_t control, uint32_t event_type, uint32_t error) {
+  m_refused.push_back({.at = m_context.scheduler.Now() - m_begin,
+                       .control = control,
+                       .event_type = event_type,
+                       .error = error});
+}
+
+void VirtualServiceControl::SendControl(const SentControl& sent) {
+  {
+    const std::lock_guard lock(m_mutex);
+    if (const auto error = WhyRefused(sent)) return Refuse(sent.control, sent.event_type, *error);
+    // The manager knows nothing of what comes regardless of it.
+    if (sent.control == platform::kServiceControlStop && !sent.regardless) m_stop_sent = true;
+  }
+  Enqueue({.control = sent.control, .event_type = sent.event_type, .data = {}});
+}
+
+bool VirtualServiceControl::SendLastStop() {
+  {
+    const std::lock_guard lock(m_mutex);
+    const bool stopping = m_stop_sent || m_status.dwCurrentState == platform::kServiceStopPending ||
+                          m_status.dwCurrentState == platform::kServiceStopped;
+    if (stopping) return true;
+    if (WhyRefused({.control = platform::kServiceControlStop})) return false;
+    m_stop_sent = true;
+  }
+  Enqueue({.control = platform::kServiceControlStop, .data = {}});
+  return true;
+}
+
+void VirtualServiceControl::SendDeviceEvent(uint32_t event_type,
+                                            const std::string& interface_name) {
+  {
+    const std::lock_guard lock(m_mutex);
+    if (!m_wants_devices) return;
+  }
+  Enqueue({.control = platform::kServiceControlDeviceEvent,
+           .event_type = event_type,
+           .data = DeviceEventData(interface_name)});
+}
+
+void VirtualServiceControl::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
+  {
+    const std::lock_guard lock(m_mutex);
+    if (!m_wants_power_settings) return;
+    const auto refusal = m_settings_need_acceptance
+                             ? RefusalOf(platform::kServiceControlPowerEvent, Managed())
+                             : std::nullopt;
+    if (refusal) {
+      return Refuse(platform::kServiceControlPowerEvent, kPowerSettingChange, *refusal);
+    }
+  }
+  Enqueue({.control = platform::kServiceControlPowerEvent,
+           .event_type = kPowerSettingChange,
+           .data = PowerSettingData(setting, data)});
+}
+
+void VirtualServiceControl::SendPowerEvent(uint32_t type) {
+  std::shared_ptr<PowerQueue> queue;
+  {
+    const std::lock_guard lock(m_mutex);
+    queue = m_power_queue;
+  }
+  if (queue == nullptr) return;
+  m_context.scheduler.Change([&] { queue->types.push_back(type); });
+}
+
+std::vector<StatusReport> VirtualServiceControl::Reports() const {
+  const std::lock_guard lock(m_mutex);
+  return m_reports;
+}
+
+std::vector<RefusedControl> VirtualServiceControl::Refused() const {
+  const std::lock_guard lock(m_mutex);
+  return m_refused;
+}
+
+}  // namespace nuvelta::virtual_notebook

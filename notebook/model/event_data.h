@@ -1,0 +1,29 @@
+// What the operating system hands to a service with an event, as bytes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "notebook/model/scenario.h"
+#include "platform/types.h"
+
+namespace nuvelta::virtual_notebook {
+
+// The path by which the modem's network interface is announced.
+std::string ModemInterface(const ModemDescription& modem);
+
+// DEV_BROADCAST_DEVICEINTERFACE_W of a network adapter's interface.
+std::vector<uint8_t> DeviceEventData(const std::string& interface_name);
+
+// The event type of a power setting.
+inline constexpr uint32_t kPowerSettingChange = 0x8013;  // PBT_POWERSETTINGCHANGE
+// POWERBROADCAST_SETTING with one 32-bit word of data.
+std::vector<uint8_t> PowerSettingData(const platform::Guid& setting, uint32_t data);
+
+// EVENTLOGRECORD with its texts and the length again behind them; the bytes that
+// the record gives instead when it does. `number` counts from 1, `seconds` since
+// 1970.
+std::vector<uint8_t> EventRecordBytes(const EventRecord& record, uint32_t number, uint32_t seconds);
+
+}  // namespace nuvelta::virtual_notebook

@@ -1,0 +1,34 @@
+#include "notebook/program/log_counts.h"
+
+namespace nuvelta::story {
+
+namespace {
+
+uint32_t Count(std::string_view log, std::string_view text) {
+  uint32_t count = 0;
+  for (size_t at = log.find(text); at != std::string_view::npos; at = log.find(text, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+LogCounts& LogCounts::operator+=(const LogCounts& other) {
+  triggers += other.triggers;
+  runs += other.runs;
+  retries += other.retries;
+  give_ups += other.give_ups;
+  restart_attempts += other.restart_attempts;
+  return *this;
+}
+
+LogCounts CountLog(std::string_view log) {
+  return {.triggers = Count(log, "CTaskFactory createTask TASK_TYPE_AUTH"),
+          .runs = Count(log, " Cast Time "),
+          .retries = Count(log, " retry deal task : "),
+          .give_ups = Count(log, " <=0 ,give up the Task "),
+          .restart_attempts = Count(log, "CommonUtil::RestartService();")};
+}
+
+}  // namespace nuvelta::story

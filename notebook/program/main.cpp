@@ -1,0 +1,97 @@
+// virtual_notebook: plays stories of the service on a notebook made of data.
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <sstream>
+#include <system_error>
+
+#include "notebook/program/commands.h"
+#include "notebook/story/standard_output.h"
+
+namespace nuvelta::story {
+namespace {
+
+constexpr const char* kProgram = "virtual_notebook";
+
+// The library's own reading of numbers takes a sign, and wraps around.
+uint64_t ParseSeed(const std::string& text) {
+  uint64_t seed = 0;
+  const char* const end = text.data() + text.size();
+  const auto [parsed, error] = std::from_chars(text.data(), end, seed);
+  if (error != std::errc() || parsed != end) {
+    throw CLI::ValidationError("--seed", "found " + text +
+                                             "; expected a whole number from 0 to "
+                                             "18446744073709551615");
+  }
+  return seed;
+}
+
+int Main(int argc, char** argv) {
+  CLI::App app{"Plays the service on a virtual notebook: real code, virtual time.", kProgram};
+  app.require_subcommand(1);
+  app.set_version_flag("--version", std::string(kProgram) + " " + NUVELTA_VERSION,
+                       "Print the version and exit");
+  app.footer(
+      "Exit code: 0 when every story ran to its end, 1 when the service crashed or was stuck,\n"
+      "2 for bad input, 4 when the log or the report could not be written, 128 and the signal\n"
+      "when interrupted. The scenario format is described in docs/scenarios.md.");
+
+  RunOptions run_options;
+  std::string summary_format;
+  CLI::App* run = app.add_subcommand("run", "Play scenarios and show the service's log");
+  run->add_option("FILE", run_options.files, "Scenario files; - is standard input")->required();
+  run->add_option_function<std::string>(
+         "--seed", [&](const std::string& text) { run_options.seed = ParseSeed(text); },
+         "Choose the interleaving of the threads (default: the scenario's)")
+      ->type_name("NUMBER");
+  run->add_option("--log-dir", run_options.log_dir,
+                  "Keep the log files below this folder, one folder a scenario")
+      ->type_name("FOLDER")
+      ->check([](const std::string& text) {
+        return std::string(text.empty() ? "found nothing; expected a folder" : "");
+      });
+  run->add_option("--summary", summary_format,
+                  "json: print a JSON object in one line for each scenario, without the log")
+      ->check(CLI::IsMember({"json"}));
+  run->add_flag("--free", run_options.free_running,
+                "Let all threads run at once instead of one at a time");
+
+  std::string folder = "scenarios";
+  CLI::App* list = app.add_subcommand("list", "List the scenarios of a folder");
+  list->add_option("FOLDER", folder, "The folder")->capture_default_str();
+
+  std::vector<std::string> checked;
+  CLI::App* check = app.add_subcommand("check", "Read scenarios without playing them");
+  check->add_option("FILE", checked, "Scenario files; - is standard input")->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const int result = app.exit(error, out, err) == 0 ? kRanToItsEnd : kBadInput;
+    StandardOutput().Print(out.str());
+    std::fputs(err.str().c_str(), stderr);
+    return result;
+  }
+  run_options.json = summary_format == "json";
+  if (run->parsed()) return Run(run_options);
+  if (list->parsed()) return List(folder);
+  return Check(checked);
+}
+
+}  // namespace
+}  // namespace nuvelta::story
+
+int main(int argc, char** argv) {
+  using namespace nuvelta::story;
+  SecureStandardStreams();
+  int result = kNotWritten;
+  try {
+    result = Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
+  }
+  return CheckStandardOutput(kProgram, result);
+}
