@@ -16,7 +16,6 @@
 #include <utility>
 #include <vector>
 
-#include "apps/explore/engine_view.h"
 #include "auth/systeminfo.h"
 #include "bench_support.h"
 #include "common/ctask.h"
@@ -24,6 +23,7 @@
 #include "common/log_folder.h"
 #include "common/log_retention.h"
 #include "common/logger.h"
+#include "lives/engine_view.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/story.h"
 #include "plain_firmware.h"

@@ -3,14 +3,14 @@
 
 #include <array>
 
-#include "apps/explore/command_watch.h"
-#include "apps/explore/life.h"
-#include "apps/explore/lock_watch.h"
-#include "apps/explore/permission.h"
-#include "apps/explore/playing.h"
-#include "apps/explore/status_rules.h"
-#include "apps/explore/task_watch.h"
-#include "apps/explore/wake_watch.h"
+#include "lives/command_watch.h"
+#include "lives/life.h"
+#include "lives/lock_watch.h"
+#include "lives/permission.h"
+#include "lives/playing.h"
+#include "lives/status_rules.h"
+#include "lives/task_watch.h"
+#include "lives/wake_watch.h"
 #include "story_support.h"
 
 namespace nuvelta::test {

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "apps/explore/exploring.h"
-#include "apps/explore/life.h"
-#include "apps/explore/shrinking.h"
+#include "lives/exploring.h"
+#include "lives/life.h"
+#include "lives/shrinking.h"
 
 namespace nuvelta::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <exception>
 #include <string_view>
 
-#include "apps/explore/trace_rules.h"
+#include "lives/trace_rules.h"
 
 namespace nuvelta::test {
 

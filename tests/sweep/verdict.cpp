@@ -6,9 +6,9 @@
 #include <regex>
 #include <set>
 
-#include "apps/explore/log_lines.h"
-#include "apps/explore/playing.h"
 #include "consequences.h"
+#include "lives/log_lines.h"
+#include "lives/playing.h"
 #include "story_lines.h"
 
 namespace nuvelta::test {
