@@ -1,11 +1,11 @@
 // The comparison of stories finds what it is for: two tellings of one story are
 // alike, and one whose service did something else is not.
-#include "apps/wine_notebook/comparison.h"
+#include "wine/program/comparison.h"
 
 #include <gtest/gtest.h>
 
-#include "apps/wine_notebook/journal_report.h"
 #include "story_support.h"
+#include "wine/program/journal_report.h"
 
 namespace nuvelta::test {
 

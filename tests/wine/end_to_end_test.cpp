@@ -10,11 +10,11 @@
 #include <regex>
 #include <set>
 
-#include "apps/wine_notebook/journal_report.h"
-#include "apps/wine_notebook/playing.h"
-#include "apps/wine_notebook/wine_prefix.h"
 #include "notebook/story/log_files.h"
 #include "story_support.h"
+#include "wine/program/journal_report.h"
+#include "wine/program/playing.h"
+#include "wine/program/wine_prefix.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::test {

@@ -1,16 +1,16 @@
-#include "apps/wine_notebook/parity.h"
+#include "wine/program/parity.h"
 
 #include <cstdint>
 #include <cstdio>
 
-#include "apps/wine_notebook/comparison.h"
-#include "apps/wine_notebook/journal_report.h"
-#include "apps/wine_notebook/playing.h"
-#include "apps/wine_notebook/unplayable.h"
 #include "notebook/program/commands.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/story.h"
 #include "notebook/story/temporary_folder.h"
+#include "wine/program/comparison.h"
+#include "wine/program/journal_report.h"
+#include "wine/program/playing.h"
+#include "wine/program/unplayable.h"
 
 namespace nuvelta::wine_notebook {
 

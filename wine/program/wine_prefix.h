@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "apps/wine_notebook/child_process.h"
-#include "apps/wine_notebook/prefix_folder.h"
+#include "wine/program/child_process.h"
+#include "wine/program/prefix_folder.h"
 
 namespace nuvelta::wine_notebook {
 

@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/wine_prefix.h"
+#include "wine/program/wine_prefix.h"
 
 #include <unistd.h>
 
@@ -10,8 +10,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "apps/wine_notebook/bad_input.h"
 #include "notebook/story/interruption.h"
+#include "wine/program/bad_input.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {

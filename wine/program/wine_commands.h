@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/wine_notebook/wine_prefix.h"
+#include "wine/program/wine_prefix.h"
 
 namespace nuvelta::wine_notebook {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "apps/wine_notebook/log_records.h"
 #include "notebook/machine/virtual_machine.h"
+#include "wine/program/log_records.h"
 
 namespace nuvelta::wine_notebook {
 

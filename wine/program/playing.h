@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/wine_notebook/wine_prefix.h"
 #include "notebook/machine/virtual_machine.h"
 #include "notebook/model/scenario.h"
+#include "wine/program/wine_prefix.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine_notebook {

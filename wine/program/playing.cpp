@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/playing.h"
+#include "wine/program/playing.h"
 
 #include <array>
 #include <chrono>
@@ -9,10 +9,10 @@
 #include <optional>
 #include <stdexcept>
 
-#include "apps/wine_notebook/journal_report.h"
 #include "notebook/program/log_follower.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/log_files.h"
+#include "wine/program/journal_report.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine_notebook {

@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/child_process.h"
+#include "wine/program/child_process.h"
 
 #include <fcntl.h>
 #include <poll.h>

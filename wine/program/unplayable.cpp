@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/unplayable.h"
+#include "wine/program/unplayable.h"
 
 #include <algorithm>
 #include <array>

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "apps/wine_notebook/wine_prefix.h"
 #include "notebook/model/scenario.h"
+#include "wine/program/wine_prefix.h"
 
 namespace nuvelta::wine_notebook {
 

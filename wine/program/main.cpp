@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <exception>
 
-#include "apps/wine_notebook/bad_input.h"
-#include "apps/wine_notebook/wine_commands.h"
 #include "notebook/program/commands.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/standard_output.h"
+#include "wine/program/bad_input.h"
+#include "wine/program/wine_commands.h"
 
 namespace nuvelta::wine_notebook {
 namespace {

@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/prefix_folder.h"
+#include "wine/program/prefix_folder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "apps/wine_notebook/bad_input.h"
+#include "wine/program/bad_input.h"
 
 namespace nuvelta::wine_notebook {
 
@@ -96,7 +96,7 @@ void CheckOutsideSources(const fs::path& path) {
        above = above.parent_path()) {
     std::error_code ignored;
     if (!fs::exists(above / "CMakePresets.json", ignored) ||
-        !fs::exists(above / "src/apps/wine_notebook", ignored)) {
+        !fs::exists(above / "wine/program", ignored)) {
       continue;
     }
     const fs::path below = path.lexically_relative(above);

@@ -1,19 +1,19 @@
-#include "apps/wine_notebook/wine_commands.h"
+#include "wine/program/wine_commands.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
 
-#include "apps/wine_notebook/parity.h"
-#include "apps/wine_notebook/playing.h"
-#include "apps/wine_notebook/unplayable.h"
-#include "apps/wine_notebook/wine_prefix.h"
 #include "notebook/program/commands.h"
 #include "notebook/program/log_printer.h"
 #include "notebook/program/story_folders.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/standard_output.h"
+#include "wine/program/parity.h"
+#include "wine/program/playing.h"
+#include "wine/program/unplayable.h"
+#include "wine/program/wine_prefix.h"
 
 namespace nuvelta::wine_notebook {
 

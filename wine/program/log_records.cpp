@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/log_records.h"
+#include "wine/program/log_records.h"
 
 #include <map>
 #include <regex>

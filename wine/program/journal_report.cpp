@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/journal_report.h"
+#include "wine/program/journal_report.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "apps/wine_notebook/comparison.h"
+#include "wine/program/comparison.h"
 
 #include <algorithm>
 #include <array>
