@@ -1,7 +1,7 @@
 #include "platform/windows/windows_platform.h"
 
 #include "platform/windows/win32.h"
-#include "platform/windows/windows_mobile_broadband.h"
+#include "platform/windows/winrt/windows_mobile_broadband.h"
 
 namespace nuvelta::windows {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "class_registration.h"
-#include "platform/windows/windows_mobile_broadband.h"
+#include "platform/windows/winrt/windows_mobile_broadband.h"
 #include "test_stage.h"
 #include "wine/hardware/fake_object.h"
 

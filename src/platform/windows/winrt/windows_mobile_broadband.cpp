@@ -1,10 +1,10 @@
-#include "platform/windows/windows_mobile_broadband.h"
+#include "platform/windows/winrt/windows_mobile_broadband.h"
 
 #include <utility>
 
-#include "platform/windows/windows_command_channel.h"
 #include "platform/windows/winrt/activation.h"
 #include "platform/windows/winrt/delegate.h"
+#include "platform/windows/winrt/windows_command_channel.h"
 
 namespace nuvelta::windows {
 

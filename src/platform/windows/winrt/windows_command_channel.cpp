@@ -1,4 +1,4 @@
-#include "platform/windows/windows_command_channel.h"
+#include "platform/windows/winrt/windows_command_channel.h"
 
 #include <bit>
 #include <utility>
