@@ -9,7 +9,7 @@ namespace nuvelta::windows {
 namespace {
 
 // Address space only; holds what each thread keeps for the filter, too.
-constexpr SIZE_T kStackSize = 256 * 1024;
+constexpr SIZE_T kStackSize = 0x40000;
 
 std::atomic<HANDLE> g_fault = nullptr;
 
