@@ -32,14 +32,6 @@ Nanoseconds StartTime(const Scenario& scenario) {
 
 }  // namespace
 
-bool StoryReport::Behaved() const {
-  if (!deadlock.empty()) return false;
-  for (const ProcessEnd& process : processes) {
-    if (process.how == ProcessEnd::How::kCrashed) return false;
-  }
-  return true;
-}
-
 VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, const Options& options)
     : m_scenario(scenario), m_program(std::move(program)) {
   m_parts = std::make_unique<Parts>(

@@ -10,8 +10,8 @@
 
 #include "notebook/machine/scheduler.h"
 #include "notebook/machine/virtual_service_control.h"
-#include "notebook/model/modem_model.h"
 #include "notebook/model/scenario.h"
+#include "notebook/model/story_report.h"
 
 namespace nuvelta::virtual_notebook {
 
@@ -23,37 +23,6 @@ struct Program {
   std::function<std::string()> log_folder;  // as the process finds it
   std::string log_prefix;
   std::string log_suffix;
-};
-
-struct ProcessEnd {
-  uint32_t process = 0;
-  enum class How { kReturned, kKilled, kCrashed } how = How::kReturned;
-  uint32_t exit_code = 0;
-  std::string crash;  // the thread and what left it
-};
-
-// What happened in a story, as the notebook saw it.
-struct StoryReport {
-  std::vector<ModemCommand> commands;
-  int32_t radio_before = 0;
-  int32_t radio_after = 0;
-  std::vector<StatusReport> status_reports;
-  std::vector<RefusedControl> refused_controls;  // but the stop at the end
-  std::vector<ProcessEnd> processes;
-  std::vector<std::string> launches;  // elevated command lines
-  std::vector<std::string> notes;     // what the story could not do as written
-  std::vector<FiredFault> fired_faults;
-  std::vector<Fault> faults_not_fired;
-  std::string standard_output;
-  std::string deadlock;       // empty, or who waited for what
-  size_t leaked_handles = 0;  // events, keys, searches open when all had ended but
-                              // those that the process keeps
-  Nanoseconds virtual_time{};
-  uint64_t steps = 0;
-  bool cut_short = false;  // by Options::go_on
-
-  // True when nothing crashed and nothing was stuck.
-  bool Behaved() const;
 };
 
 class VirtualMachine {

@@ -10,16 +10,10 @@
 
 #include "notebook/machine/context.h"
 #include "notebook/model/control_rules.h"
+#include "notebook/model/story_report.h"
 #include "platform/service_control.h"
 
 namespace nuvelta::virtual_notebook {
-
-// One report of SetServiceStatus.
-struct StatusReport {
-  uint32_t process = 0;
-  Nanoseconds at{};
-  platform::ServiceStatus status;
-};
 
 class VirtualServiceControl final : public platform::ServiceControl {
  public:

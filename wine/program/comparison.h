@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "notebook/machine/virtual_machine.h"
+#include "notebook/model/story_report.h"
 #include "wine/program/log_records.h"
 
 namespace nuvelta::wine_notebook {

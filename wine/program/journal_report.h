@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "notebook/machine/virtual_machine.h"
 #include "notebook/model/scenario.h"
+#include "notebook/model/story_report.h"
 #include "wine/story/journal.h"
 
 namespace nuvelta::wine_notebook {

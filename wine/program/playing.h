@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "notebook/machine/virtual_machine.h"
 #include "notebook/model/scenario.h"
+#include "notebook/model/story_report.h"
 #include "wine/program/wine_prefix.h"
 #include "wine/story/journal.h"
 
