@@ -13,11 +13,12 @@
 #include "notebook/model/smbios_builder.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "platform/fcc_marker.h"
+#include "source_folder.h"
 
 namespace nuvelta::virtual_notebook {
 namespace {
 
-const std::string kRoot = NUVELTA_SOURCE_DIR;
+const std::string kRoot = test::SourceFolder();
 
 Scenario Read(const std::string& text) {
   return ReadScenarioText(text, "x.json", kRoot + "/scenarios");

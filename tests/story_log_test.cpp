@@ -5,6 +5,7 @@
 #include <iterator>
 #include <regex>
 
+#include "source_folder.h"
 #include "story_support.h"
 
 namespace nuvelta::test {
@@ -19,7 +20,7 @@ int Milliseconds(const std::string& time) {
 }
 
 TEST(StoryLog, OfTheHealthyArrivalIsExact) {
-  std::ifstream file(NUVELTA_SOURCE_DIR "/tests/expected/healthy_arrival.log", std::ios::binary);
+  std::ifstream file(SourceFolder() / "tests/expected/healthy_arrival.log", std::ios::binary);
   const std::string expected{std::istreambuf_iterator<char>(file), {}};
   std::string log;
   for (const Record& record : TellShipped("healthy_arrival").Records()) {

@@ -5,6 +5,7 @@
 
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/text_shape.h"
+#include "source_folder.h"
 
 namespace nuvelta::test {
 
@@ -12,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path kScenarios = fs::path(NUVELTA_SOURCE_DIR) / "scenarios";
+const fs::path kScenarios = SourceFolder() / "scenarios";
 
 // "2026-11-16 00:58:46.000 00001004 " and what follows it.
 constexpr size_t kTimeLength = 23;

@@ -16,6 +16,7 @@
 #include "fake_platform.h"
 #include "notebook/model/smbios_builder.h"
 #include "notebook/scenario/scenario_reader.h"
+#include "source_folder.h"
 
 namespace nuvelta::test {
 namespace {
@@ -348,7 +349,7 @@ Bytes Damaged(Bytes table, std::mt19937& random) {
 // have. Those of the texts begin with a byte that is not of the table.
 std::vector<Bytes> FuzzedTables() {
   std::vector<Bytes> tables;
-  const std::filesystem::path seeds = NUVELTA_FUZZ_SEEDS;
+  const std::filesystem::path seeds = SourceFolder() / "tests/fuzz/seeds";
   for (const auto& [folder, skip] : {std::pair{"smbios", 0}, std::pair{"systeminfo", 1}}) {
     for (const auto& entry : std::filesystem::directory_iterator(seeds / folder)) {
       std::ifstream file(entry.path(), std::ios::binary);

@@ -11,6 +11,7 @@
 #include <set>
 
 #include "notebook/story/log_files.h"
+#include "source_folder.h"
 #include "story_support.h"
 #include "wine/program/journal_report.h"
 #include "wine/program/playing.h"
@@ -28,7 +29,7 @@ using namespace std::chrono_literals;
 
 fs::path FromEnvironment(const char* variable, const char* otherwise) {
   const char* const value = std::getenv(variable);
-  return value != nullptr ? fs::path(value) : fs::path(NUVELTA_SOURCE_DIR) / otherwise;
+  return value != nullptr ? fs::path(value) : SourceFolder() / otherwise;
 }
 
 class UnderWine : public testing::Test {
@@ -36,7 +37,7 @@ class UnderWine : public testing::Test {
   UnderWine() { prefix.Install({.service = binaries, .stage = stage}); }
 
   static std::string File(const std::string& name) {
-    return std::string(NUVELTA_SOURCE_DIR) + "/scenarios/" + name + ".json";
+    return SourceFolder() / "scenarios" / (name + ".json");
   }
 
   WineStory Play(const std::string& name) {
