@@ -4,13 +4,13 @@
 #include <array>
 #include <string_view>
 
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/scenario/scenario_reader.h"
 
 namespace nuvelta::explore {
 
 using nlohmann::json;
-using virtual_notebook::CallFailures;
+using virtual_notebook::PortCall;
 
 namespace {
 
@@ -27,12 +27,12 @@ json MakeDelay(const char* call, double late_ms) {
   return {{"call", call}, {"count", "always"}, {"late_ms", late_ms}};
 }
 
-json MakeFault(Dice& dice, const CallFailures& call) {
-  json fault{{"call", call.call}, {"nth", dice.Between(1, dice.Percent(50) ? 3 : 25)}};
+json MakeFault(Dice& dice, const PortCall& call) {
+  json fault{{"call", call.name}, {"nth", dice.Between(1, dice.Percent(50) ? 3 : 25)}};
   if (dice.Percent(30)) fault["count"] = dice.Between(1, 6);
   // A restart that is refused for ever is tried for ever, without a pause.
-  const bool may_last = call.call != "ShellExecuteExW" && call.call != "OpenSCManagerW" &&
-                        call.call != "EnumServicesStatusExW" && call.call != "LocalAlloc";
+  const bool may_last = call.name != "ShellExecuteExW" && call.name != "OpenSCManagerW" &&
+                        call.name != "EnumServicesStatusExW" && call.name != "LocalAlloc";
   if (may_last && dice.Percent(10)) fault["count"] = "always";
   if (call.can_be_null && dice.Percent(40)) {
     fault["null"] = true;
@@ -47,11 +47,10 @@ json MakeFault(Dice& dice, const CallFailures& call) {
 }  // namespace
 
 json MakeFaults(Dice& dice) {
-  const auto calls = virtual_notebook::KnownCalls();
   json faults = json::array();
   for (auto left = dice.Between(1, 3); left > 0; --left) {
-    const CallFailures& call = calls[dice.Below(calls.size())];
-    const auto same_call = [&](const json& fault) { return fault["call"] == call.call; };
+    const PortCall& call = dice.Of(virtual_notebook::kPortCalls);
+    const auto same_call = [&](const json& fault) { return fault["call"] == call.name; };
     if (std::ranges::none_of(faults, same_call)) faults.push_back(MakeFault(dice, call));
   }
   return faults;

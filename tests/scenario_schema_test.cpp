@@ -6,7 +6,7 @@
 #include <functional>
 #include <set>
 
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "schema_validator.h"
 #include "source_folder.h"
@@ -77,8 +77,8 @@ TEST(ScenarioSchema, AgreesWithTheReader) {
       }
     }
   });
-  for (const CallFailures& call : KnownCalls()) {
-    EXPECT_TRUE(schema.Accepts({{"title", "t"}, {"faults", {{{"call", call.call}}}}})) << call.call;
+  for (const PortCall& call : kPortCalls) {
+    EXPECT_TRUE(schema.Accepts({{"title", "t"}, {"faults", {{{"call", call.name}}}}})) << call.name;
   }
 }
 

@@ -6,24 +6,25 @@
 
 namespace nuvelta::virtual_notebook {
 
-std::optional<Fault> Context::Count(std::string_view call) {
-  const Duration late = delays == nullptr ? Duration() : delays->Count(call);
+std::optional<Fault> Context::Count(KnownCall call) {
+  if (call.Takes() > Duration()) scheduler.Sleep(call.Takes());
+  const Duration late = delays == nullptr ? Duration() : delays->Count(call.Name());
   if (late > Duration()) scheduler.Sleep(late);
-  return faults.Count(call);
+  return faults.Count(call.Name());
 }
 
-std::optional<uint32_t> Context::Error(std::string_view call) {
+std::optional<uint32_t> Context::Error(KnownCall call) {
   const std::optional<Fault> fault = Count(call);
   return fault ? std::optional(fault->code) : std::nullopt;
 }
 
-bool Context::Fails(std::string_view call) {
+bool Context::Fails(KnownCall call) {
   const std::optional<uint32_t> error = Error(call);
   if (error) SetLastError(*error);
   return error.has_value();
 }
 
-bool Context::Answers(std::string_view call) {
+bool Context::Answers(KnownCall call) {
   const std::optional<Fault> fault = Count(call);
   if (!fault) return true;
   if (fault->kind == Fault::Kind::kBadAlloc) throw std::bad_alloc();

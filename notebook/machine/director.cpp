@@ -5,15 +5,10 @@
 #include "notebook/machine/machine_parts.h"
 #include "notebook/machine/virtual_machine.h"
 #include "notebook/model/event_data.h"
+#include "notebook/model/story_times.h"
 #include "notebook/model/unicode.h"
 
 namespace nuvelta::virtual_notebook {
-
-namespace {
-
-constexpr std::chrono::seconds kStopPatience{60};
-
-}  // namespace
 
 void VirtualMachine::Direct() {
   Parts& parts = *m_parts;
@@ -29,7 +24,7 @@ void VirtualMachine::Direct() {
   }
   const bool rested = parts.scheduler.WaitForRest(m_scenario.rest_within);
   if (parts.scheduler.CutShort()) return CutShort();
-  if (!rested) Note("the service did not come to rest; the story ends all the same");
+  if (!rested) Note(kDoesNotRest);
   EndStory();
 }
 
@@ -105,10 +100,9 @@ void VirtualMachine::EndStory() {
   if (process == 0) return;
   if (!m_scenario.stop_at_end) return KillService(process);
   if (!parts.service_control.SendLastStop()) {
-    Note("end: the service does not accept the stop control; its process is ended");
+    Note(kRefusesStop);
   } else if (!parts.scheduler.Wait(parts.ended, kStopPatience)) {
-    parts.stuck = "the service did not end within 60 s of its stop control: " +
-                  parts.scheduler.DescribeWaiting(process);
+    parts.stuck = std::string(kDoesNotEnd) + ": " + parts.scheduler.DescribeWaiting(process);
   }
   KillService(process);
 }
@@ -128,9 +122,9 @@ void VirtualMachine::RunShell(const std::string& command_line) {
   }
   const std::string service = command_line.substr(
       static_cast<size_t>(parsed), command_line.size() - static_cast<size_t>(parsed) - 1);
-  parts.scheduler.Sleep(std::chrono::milliseconds(120));
+  parts.scheduler.Sleep(kTaskKill);
   KillService(process);
-  parts.scheduler.Sleep(std::chrono::milliseconds(80));
+  parts.scheduler.Sleep(kNetStart);
   if (Folded(service) == Folded(m_scenario.notebook.service_key)) {
     StartService();
   } else {

@@ -194,7 +194,6 @@ class Service final : public platform::DeviceService {
   Service(Context& context, ModemModel& modem) : m_context(context), m_modem(modem) {}
 
   std::shared_ptr<platform::CommandSession> OpenCommandSession() override {
-    m_context.Spend(std::chrono::milliseconds(5));
     if (!m_context.Answers("DeviceService::OpenCommandSession")) return nullptr;
     return std::make_shared<Session>(m_context, m_modem);
   }
@@ -247,7 +246,6 @@ class DefaultModem final : public platform::Modem {
     return std::make_shared<ServiceList>(m_context, m_modem.Description().device_services);
   }
   std::shared_ptr<platform::DeviceService> GetDeviceService(const platform::Guid& id) override {
-    m_context.Spend(std::chrono::milliseconds(2));
     if (!m_context.Answers("Modem::GetDeviceService")) return nullptr;
     for (const platform::Guid& listed : m_modem.Description().device_services) {
       if (listed == id) return std::make_shared<Service>(m_context, m_modem);

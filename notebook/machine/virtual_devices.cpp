@@ -7,7 +7,6 @@
 namespace nuvelta::virtual_notebook {
 
 platform::DeviceSetHandle VirtualDevices::SetupDiGetClassDevsW(uint32_t /*flags*/) {
-  m_context.Spend(std::chrono::milliseconds(5));
   if (m_context.Fails("SetupDiGetClassDevsW")) {
     return platform::InvalidHandle<platform::DeviceSetHandle>();
   }

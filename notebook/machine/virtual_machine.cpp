@@ -6,13 +6,12 @@
 #include <utility>
 
 #include "notebook/machine/machine_parts.h"
+#include "notebook/model/story_times.h"
 #include "notebook/model/unicode.h"
 
 namespace nuvelta::virtual_notebook {
 
 namespace {
-
-constexpr std::chrono::milliseconds kProcessStart{20};
 
 // Seconds since 1970 of a local time "YYYY-MM-DD hh:mm:ss".
 Nanoseconds ParseLocalTime(const std::string& text) {
@@ -94,7 +93,7 @@ void VirtualMachine::StartService() {
     parts.ended.ended = false;
   });
   if (process == 0) {
-    if (!over) Note("start: the service is already running");
+    if (!over) Note(kAlreadyRuns);
     return;
   }
   parts.service_control.BeginProcess(process);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "notebook/machine/virtual_command_channel.h"
+#include "notebook/model/story_times.h"
 
 namespace nuvelta::virtual_notebook {
 
@@ -70,7 +71,7 @@ class VirtualMobileBroadband::Watcher final
   }
 
   void Enumerate(uint32_t accounts) {
-    m_context.Spend(std::chrono::milliseconds(30));
+    m_context.scheduler.Sleep(kAccountEnumeration);
     for (uint32_t i = 0; i < accounts; ++i) Call(Locked(m_added));
     {
       const std::lock_guard lock(m_mutex);
@@ -112,7 +113,6 @@ VirtualMobileBroadband::VirtualMobileBroadband(Context& context, ModemModel& mod
 VirtualMobileBroadband::~VirtualMobileBroadband() = default;
 
 std::shared_ptr<platform::Modem> VirtualMobileBroadband::GetDefault() {
-  m_context.Spend(std::chrono::milliseconds(5));
   if (!m_context.Answers("MobileBroadband::GetDefault")) return nullptr;
   const ModemDescription modem = m_modem.Description();
   return modem.present && modem.mbim ? MakeModem(m_context, m_modem) : nullptr;

@@ -95,7 +95,6 @@ std::vector<Adapter> VirtualNetwork::Present() const {
 
 uint32_t VirtualNetwork::GetAdaptersAddresses(uint32_t /*family*/, uint32_t /*flags*/, void* buffer,
                                               uint32_t& size) {
-  m_context.Spend(std::chrono::milliseconds(3));
   if (const auto error = m_context.Error("GetAdaptersAddresses")) return *error;
   const std::vector<Adapter> adapters = Present();
   size_t needed = 0;

@@ -47,7 +47,6 @@ VirtualServiceControl::~VirtualServiceControl() = default;
 
 bool VirtualServiceControl::StartServiceCtrlDispatcherW(std::u16string_view /*name*/,
                                                         platform::ServiceMainFunction main) {
-  m_context.Spend(std::chrono::milliseconds(2));
   if (m_context.Fails("StartServiceCtrlDispatcherW")) return false;
   std::shared_ptr<Dispatcher> dispatcher;
   {
@@ -69,7 +68,7 @@ bool VirtualServiceControl::StartServiceCtrlDispatcherW(std::u16string_view /*na
     });
     if (!control) {
       // The manager lets the service's own thread finish its last report.
-      m_context.Spend(std::chrono::milliseconds(5));
+      m_context.scheduler.Sleep(std::chrono::milliseconds(5));
       return true;
     }
     platform::HandlerFunction handler = nullptr;
@@ -87,7 +86,6 @@ bool VirtualServiceControl::StartServiceCtrlDispatcherW(std::u16string_view /*na
 
 platform::StatusHandle VirtualServiceControl::RegisterServiceCtrlHandlerExW(
     std::u16string_view /*name*/, platform::HandlerFunction handler, void* context) {
-  m_context.Spend(std::chrono::milliseconds(2));
   if (m_context.Fails("RegisterServiceCtrlHandlerExW")) return {};
   const std::lock_guard lock(m_mutex);
   m_handler = handler;
@@ -97,7 +95,6 @@ platform::StatusHandle VirtualServiceControl::RegisterServiceCtrlHandlerExW(
 
 bool VirtualServiceControl::SetServiceStatus(platform::StatusHandle /*handle*/,
                                              const ServiceStatus& status) {
-  m_context.Spend(std::chrono::milliseconds(1));
   if (m_context.Fails("SetServiceStatus")) return false;
   std::shared_ptr<Dispatcher> dispatcher;
   {
@@ -114,7 +111,6 @@ bool VirtualServiceControl::SetServiceStatus(platform::StatusHandle /*handle*/,
 
 NotifyHandle VirtualServiceControl::RegisterPowerSettingNotification(
     platform::StatusHandle /*recipient*/, const platform::Guid& /*setting*/, uint32_t /*flags*/) {
-  m_context.Spend(std::chrono::milliseconds(1));
   if (m_context.Fails("RegisterPowerSettingNotification")) return {};
   const std::lock_guard lock(m_mutex);
   m_wants_power_settings = true;
@@ -123,7 +119,6 @@ NotifyHandle VirtualServiceControl::RegisterPowerSettingNotification(
 
 NotifyHandle VirtualServiceControl::RegisterSuspendResumeNotification(
     platform::PowerCallback callback, void* context, uint32_t /*flags*/) {
-  m_context.Spend(std::chrono::milliseconds(1));
   if (m_context.Fails("RegisterSuspendResumeNotification")) return {};
   auto queue = std::make_shared<PowerQueue>();
   queue->callback = callback;
@@ -152,7 +147,6 @@ void VirtualServiceControl::ServePowerEvents(const std::shared_ptr<PowerQueue>& 
 NotifyHandle VirtualServiceControl::RegisterDeviceNotificationW(
     platform::StatusHandle /*recipient*/, const platform::DeviceInterfaceBroadcast& filter,
     uint32_t /*flags*/) {
-  m_context.Spend(std::chrono::milliseconds(1));
   if (m_context.Fails("RegisterDeviceNotificationW")) return {};
   const std::lock_guard lock(m_mutex);
   m_wants_devices = filter.dbcc_classguid == platform::kGuidDevInterfaceNet;
@@ -179,7 +173,6 @@ size_t SizeOf(const std::vector<ServiceEntry>& entries) {
 }  // namespace
 
 platform::ManagerHandle VirtualServiceControl::OpenSCManagerW(uint32_t /*access*/) {
-  m_context.Spend(std::chrono::milliseconds(20));
   if (m_context.Fails("OpenSCManagerW")) return {};
   return static_cast<platform::ManagerHandle>(0x5D);
 }
@@ -223,7 +216,6 @@ bool VirtualServiceControl::CloseServiceHandle(platform::ManagerHandle manager) 
 }
 
 bool VirtualServiceControl::ShellExecuteExW(const platform::ShellExecuteInfo& info) {
-  m_context.Spend(std::chrono::milliseconds(150));
   if (m_context.Fails("ShellExecuteExW")) return false;
   m_launch(Utf8(info.lpFile) + " " + Utf8(info.lpParameters));
   return true;

@@ -83,7 +83,6 @@ VirtualSessions::VirtualSessions(Context& context, const std::vector<Session>& s
 }
 
 bool VirtualSessions::WTSEnumerateSessionsW(const platform::SessionInfo*& list, uint32_t& count) {
-  m_context.Spend(std::chrono::milliseconds(2));
   if (m_context.Fails("WTSEnumerateSessionsW")) return false;
   list = m_sessions.data();
   count = static_cast<uint32_t>(m_sessions.size());

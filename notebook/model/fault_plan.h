@@ -5,7 +5,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,20 +12,6 @@
 #include "notebook/model/scenario.h"
 
 namespace nuvelta::virtual_notebook {
-
-// A call of the ports and the failures it can give. `error` is the code that it
-// answers unless the scenario names another.
-struct CallFailures {
-  std::string_view call;
-  bool can_fail = false;  // Fault::Kind::kError
-  bool can_be_null = false;
-  bool can_throw = false;  // kHresult and kBadAlloc
-  uint32_t error = 0;
-};
-
-// Every call of the ports that can fail, in alphabetical order.
-std::span<const CallFailures> KnownCalls();
-const CallFailures* FindCall(std::string_view call);
 
 // A fault that was injected.
 struct FiredFault {

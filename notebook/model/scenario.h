@@ -193,7 +193,7 @@ struct Event {
   Action action;
 };
 
-// One operating-system call made to fail. fault_plan.h lists the calls and the
+// One operating-system call made to fail. port_calls.h lists the calls and the
 // failures that each can give.
 struct Fault {
   enum class Kind {

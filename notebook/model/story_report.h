@@ -28,6 +28,15 @@ struct ProcessEnd {
   std::string crash;  // the thread and what left it
 };
 
+// Notes on a story that could not be played as written, and what it was stuck at.
+inline constexpr const char* kAlreadyRuns = "start: the service is already running";
+inline constexpr const char* kDoesNotRest =
+    "the service did not come to rest; the story ends all the same";
+inline constexpr const char* kRefusesStop =
+    "end: the service does not accept the stop control; its process is ended";
+inline constexpr const char* kDoesNotEnd =
+    "the service did not end within 60 s of its stop control";
+
 // What happened in a story, as the notebook saw it.
 struct StoryReport {
   std::vector<ModemCommand> commands;

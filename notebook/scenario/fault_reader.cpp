@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
 
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/scenario/scenario_parts.h"
 #include "notebook/scenario/scenario_text.h"
 
@@ -9,17 +9,17 @@ namespace nuvelta::virtual_notebook {
 
 namespace {
 
-const CallFailures& ReadCall(const JsonCursor& at) {
+const PortCall& ReadCall(const JsonCursor& at) {
   const std::string name = at.Text();
-  if (const CallFailures* const call = FindCall(name)) return *call;
+  if (const PortCall* const call = FindCall(name)) return *call;
   std::vector<std::string_view> names;
-  for (const CallFailures& known : KnownCalls()) names.push_back(known.call);
+  for (const PortCall& known : kPortCalls) names.push_back(known.name);
   at.Refuse("unknown call \"" + Shown(name) + "\"",
             "a call that can fail" + Suggestion(name, names));
 }
 
 // The ways in which the call can fail, as keys.
-std::vector<std::string_view> WaysToFail(const CallFailures& call) {
+std::vector<std::string_view> WaysToFail(const PortCall& call) {
   std::vector<std::string_view> ways;
   if (call.can_fail) ways.emplace_back("error");
   if (call.can_throw) ways.insert(ways.end(), {"hresult", "bad_alloc"});
@@ -27,7 +27,7 @@ std::vector<std::string_view> WaysToFail(const CallFailures& call) {
   return ways;
 }
 
-void ReadFailure(const JsonObject& object, const CallFailures& call, Fault& fault) {
+void ReadFailure(const JsonObject& object, const PortCall& call, Fault& fault) {
   constexpr std::array<std::string_view, 4> keys{"error", "hresult", "bad_alloc", "null"};
   const auto key = object.OneOf(keys);
   if (!key) {
@@ -64,7 +64,7 @@ void ReadCalls(const JsonObject& object, uint32_t& nth, uint32_t& count) {
 
 Delay ReadDelay(const JsonCursor& at) {
   const JsonObject object(at, {"call", "nth", "count", "late_ms"});
-  Delay delay{.call = std::string(ReadCall(object.Need("call")).call)};
+  Delay delay{.call = std::string(ReadCall(object.Need("call")).name)};
   ReadCalls(object, delay.nth, delay.count);
   delay.late = object.Need("late_ms").Milliseconds(kLongestPauseMs);
   return delay;
@@ -72,8 +72,8 @@ Delay ReadDelay(const JsonCursor& at) {
 
 Fault ReadFault(const JsonCursor& at) {
   const JsonObject object(at, {"call", "nth", "count", "error", "hresult", "bad_alloc", "null"});
-  const CallFailures& call = ReadCall(object.Need("call"));
-  Fault fault{.call = std::string(call.call)};
+  const PortCall& call = ReadCall(object.Need("call"));
+  Fault fault{.call = std::string(call.name)};
   ReadCalls(object, fault.nth, fault.count);
   ReadFailure(object, call, fault);
   return fault;

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/model/smbios_builder.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/story.h"

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/story/log_files.h"
 
 namespace nuvelta::test {
@@ -14,9 +14,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using virtual_notebook::CallFailures;
 using virtual_notebook::Duration;
 using virtual_notebook::Event;
+using virtual_notebook::PortCall;
 
 // Where the log goes when the variable of its root folder cannot be read.
 constexpr const char* kFolderWithoutRoot = "Nuvelta Wireless Inc/MAService/HX2208GW";
@@ -33,10 +33,10 @@ constexpr uint32_t kEveryFault = 4;
 
 constexpr uint32_t kOutOfMemory = 0x8007000E;  // E_OUTOFMEMORY
 
-std::vector<Fault> WaysToFail(const CallFailures& call) {
+std::vector<Fault> WaysToFail(const PortCall& call) {
   std::vector<Fault> ways;
   const auto add = [&](Fault::Kind kind, uint32_t code) {
-    ways.push_back({.call = std::string(call.call), .kind = kind, .code = code});
+    ways.push_back({.call = std::string(call.name), .kind = kind, .code = code});
   };
   if (call.can_fail) add(Fault::Kind::kError, call.error);
   if (call.can_be_null) add(Fault::Kind::kNull, 0);
@@ -167,10 +167,10 @@ SweepCounts Sweep(const Sound& sound, bool all, const std::function<void(const F
     judge(faulted);
     return true;
   };
-  for (const CallFailures& call : virtual_notebook::KnownCalls()) {
+  for (const PortCall& call : virtual_notebook::kPortCalls) {
     // The scenario fails these itself, and two faults never fail one call.
-    if (IsPlanned(sound.scenario, std::string(call.call))) continue;
-    if (!all_calls && Hash(sound.name + std::string(call.call)) % kEveryCall != 0) continue;
+    if (IsPlanned(sound.scenario, std::string(call.name))) continue;
+    if (!all_calls && Hash(sound.name + std::string(call.name)) % kEveryCall != 0) continue;
     // The call is made so often, and so often before a story with a lasting fault stops.
     bool made = true;
     bool made_before_stop = true;

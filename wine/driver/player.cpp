@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "notebook/model/story_report.h"
+#include "notebook/model/story_times.h"
 #include "wine/driver/handle_count.h"
 #include "wine/story/places.h"
 
@@ -12,19 +14,19 @@ namespace nuvelta::wine {
 
 namespace fs = std::filesystem;
 using virtual_notebook::Action;
+using virtual_notebook::kNetStart;
+using virtual_notebook::kStopPatience;
+using virtual_notebook::kTaskKill;
 using virtual_notebook::Scenario;
 using namespace std::chrono_literals;
 
 namespace {
 
 constexpr DWORD kLookMs = 5;
-constexpr auto kStopPatience = 60s;
 constexpr auto kRestartPatience = 30s;
 constexpr auto kDumpPatience = 5s;
 // Longer than the crash writer and the slowest pair of calls take.
 constexpr auto kNewsPatience = 120s;
-// What the command interpreter and its two commands take on the virtual notebook.
-constexpr auto kRestartTime = 200ms;
 
 // The process that a command line kills; 0 for another command line.
 uint32_t Victim(const std::string& command_line) {
@@ -124,13 +126,13 @@ void Player::CheckStop() {
   }
   const DWORD state = m_service.Status().dwCurrentState;
   if (state == SERVICE_STOP_PENDING || state == SERVICE_STOPPED) return;
-  WriteNote("end: the service does not accept the stop control; its process is ended");
+  WriteNote(virtual_notebook::kRefusesStop);
   Kill(Fate::kKilled);
 }
 
 void Player::CheckEnd() {
   if (!m_end_asked || Clock::now() - *m_end_asked < kStopPatience) return;
-  WriteNote(std::string(kStuckNote) + "the service did not end within 60 s of its stop control");
+  WriteNote(std::string(kStuckNote) + virtual_notebook::kDoesNotEnd);
   Kill(Fate::kKilled);
 }
 
@@ -206,7 +208,7 @@ void Player::ProcessGone() {
   if (m_awaits_end) PrintEnd();
   if (doomed) m_restart_asked = Clock::now();
   Write(ProcessEnded{.process = id, .killed = doomed || m_fate == Fate::kKilled, .exit_code = code},
-        m_now + (doomed ? kRestartTime : 0ms));
+        m_now + (doomed ? kTaskKill + kNetStart : 0ms));
   m_gone.insert(id);
   m_process.reset();
   if (m_end_asked) m_over = true;

@@ -20,7 +20,6 @@ namespace nuvelta::wine {
 
 namespace {
 
-using namespace std::chrono_literals;
 using virtual_notebook::Adapter;
 
 std::vector<Adapter> PresentAdapters(Machine& machine) {
@@ -100,7 +99,6 @@ extern "C" __declspec(dllexport) ULONG WINAPI
   using namespace nuvelta::wine;
   Machine* const machine = Machine::Current();
   if (machine == nullptr) return ERROR_NO_DATA;
-  machine->Spend(3ms);
   if (const auto fault = machine->Count("GetAdaptersAddresses")) return fault->code;
   const std::vector<Adapter> adapters = PresentAdapters(*machine);
   if (adapters.empty()) return ERROR_NO_DATA;

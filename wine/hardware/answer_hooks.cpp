@@ -21,8 +21,6 @@ namespace nuvelta::wine {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 UINT WINAPI FirmwareTable(DWORD /*provider*/, DWORD /*table*/, void* buffer, DWORD size) {
   Machine& machine = *Machine::Current();
   if (machine.Fails("GetSystemFirmwareTable")) return 0;
@@ -101,7 +99,6 @@ OpenLogs& Logs() {
 
 HANDLE WINAPI OpenLog(LPCWSTR /*server*/, LPCWSTR /*log*/) {
   Machine& machine = *Machine::Current();
-  machine.Spend(5ms);
   if (machine.Fails("OpenEventLogW")) return nullptr;
   return Logs().Open(machine.Records());
 }
@@ -122,7 +119,6 @@ BOOL WINAPI CloseLog(HANDLE log) { return Logs().Close(log) ? TRUE : FALSE; }
 BOOL WINAPI Sessions(HANDLE /*server*/, DWORD /*reserved*/, DWORD /*version*/,
                      WTS_SESSION_INFOW** list, DWORD* count) {
   Machine& machine = *Machine::Current();
-  machine.Spend(2ms);
   if (machine.Fails("WTSEnumerateSessionsW")) return FALSE;
   const auto& sessions = machine.Notebook().sessions;
   *list = new WTS_SESSION_INFOW[sessions.size() + 1]{};

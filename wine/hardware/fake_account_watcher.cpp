@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+#include "notebook/model/story_times.h"
+
 namespace nuvelta::wine {
 
 namespace {
@@ -115,7 +117,7 @@ class FakeWatcher final : public Fake<abi::IMobileBroadbandAccountWatcher> {
         if (const ComPtr<FakeWatcher> watcher = anchor->Reach()) watcher->Raise(added);
       });
     }
-    Stage().RunLater(std::chrono::milliseconds(30),
+    Stage().RunLater(virtual_notebook::kAccountEnumeration,
                      [self = ComPtr<FakeWatcher>(this), accounts] { self->Enumerate(accounts); });
     return S_OK;
   }

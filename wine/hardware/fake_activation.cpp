@@ -17,14 +17,11 @@ class FakeModemFactory final : public Fake<IActivationFactory, abi::IMobileBroad
  public:
   HRESULT STDMETHODCALLTYPE GetDefault(abi::IMobileBroadbandModem** value) override {
     *value = nullptr;
-    return Answer(
-        "MobileBroadband::GetDefault",
-        [&] {
-          const virtual_notebook::ModemDescription modem = Stage().Modem();
-          if (modem.present && modem.mbim) *value = MakeFakeModem().Detach();
-          return S_OK;
-        },
-        std::chrono::milliseconds(5));
+    return Answer("MobileBroadband::GetDefault", [&] {
+      const virtual_notebook::ModemDescription modem = Stage().Modem();
+      if (modem.present && modem.mbim) *value = MakeFakeModem().Detach();
+      return S_OK;
+    });
   }
 
   // The class has no constructor.

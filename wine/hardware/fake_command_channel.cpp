@@ -156,13 +156,10 @@ class FakeService final : public Fake<abi::IMobileBroadbandDeviceService> {
   HRESULT STDMETHODCALLTYPE
   OpenCommandSession(abi::IMobileBroadbandDeviceServiceCommandSession** session) override {
     *session = nullptr;
-    return Answer(
-        "DeviceService::OpenCommandSession",
-        [&] {
-          *session = Make<FakeSession>().Detach();
-          return S_OK;
-        },
-        std::chrono::milliseconds(5));
+    return Answer("DeviceService::OpenCommandSession", [&] {
+      *session = Make<FakeSession>().Detach();
+      return S_OK;
+    });
   }
 
   HRESULT STDMETHODCALLTYPE get_DeviceServiceId(GUID*) override { return E_NOTIMPL; }
@@ -234,17 +231,14 @@ class FakeModem final : public Fake<abi::IMobileBroadbandModem> {
   HRESULT STDMETHODCALLTYPE GetDeviceService(GUID id,
                                              abi::IMobileBroadbandDeviceService** value) override {
     *value = nullptr;
-    return Answer(
-        "Modem::GetDeviceService",
-        [&] {
-          for (const platform::Guid& listed : Stage().Modem().device_services) {
-            if (listed != std::bit_cast<platform::Guid>(id)) continue;
-            *value = Make<FakeService>().Detach();
-            break;
-          }
-          return S_OK;
-        },
-        std::chrono::milliseconds(2));
+    return Answer("Modem::GetDeviceService", [&] {
+      for (const platform::Guid& listed : Stage().Modem().device_services) {
+        if (listed != std::bit_cast<platform::Guid>(id)) continue;
+        *value = Make<FakeService>().Detach();
+        break;
+      }
+      return S_OK;
+    });
   }
 
   HRESULT STDMETHODCALLTYPE get_CurrentAccount(IInspectable**) override { return E_NOTIMPL; }

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <new>
-#include <string_view>
 #include <utility>
 
 #include "platform/windows/winrt/abi.h"
@@ -97,13 +96,12 @@ ComPtr<Object> Make(Arguments&&... arguments) {
 }
 
 // Does `work`, which answers an HRESULT, unless the story wants this call to fail;
-// a fault that wants a null object leaves the out parameters as they are. The
-// calling thread first spends `time`. No exception leaves it.
+// a fault that wants a null object leaves the out parameters as they are. No exception
+// leaves it.
 template <class Work>
-HRESULT Answer(std::string_view call, const Work& work, Duration time = {}) noexcept {
+HRESULT Answer(virtual_notebook::KnownCall call, const Work& work) noexcept {
   using Kind = virtual_notebook::Fault::Kind;
   try {
-    if (time > Duration::zero()) Stage().Spend(time);
     const auto fault = Stage().Count(call);
     if (!fault) return work();
     if (fault->kind == Kind::kBadAlloc) return E_OUTOFMEMORY;

@@ -11,6 +11,8 @@
 
 namespace nuvelta::wine {
 
+using virtual_notebook::KnownCall;
+
 namespace {
 
 // How a call that is refused answers.
@@ -38,29 +40,29 @@ int MinusOne(DWORD code) {
 
 // A function's stand-in: counts the call, and answers the failure that is due or
 // what the function itself does. One for each name.
-template <const char* kName, class Function, auto kFailure>
+template <const KnownCall& kCall, class Function, auto kFailure>
 struct StandIn;
 
-template <const char* kName, class Result, class... Arguments, Result (*kFailure)(DWORD)>
-struct StandIn<kName, Result WINAPI(Arguments...), kFailure> {
+template <const KnownCall& kCall, class Result, class... Arguments, Result (*kFailure)(DWORD)>
+struct StandIn<kCall, Result WINAPI(Arguments...), kFailure> {
   static inline Result(WINAPI* original)(Arguments...) = nullptr;
 
   static Result WINAPI Call(Arguments... arguments) {
-    if (const auto fault = Machine::Current()->Count(kName)) return kFailure(fault->code);
+    if (const auto fault = Machine::Current()->Count(kCall)) return kFailure(fault->code);
     return original(arguments...);
   }
 };
 
-template <const char* kName, auto kFailure, class Result, class... Arguments>
-void Refusable(const char* library, Result(WINAPI* /*function*/)(Arguments...)) {
-  using Stand = StandIn<kName, Result WINAPI(Arguments...), kFailure>;
-  Stand::original = Replace(library, kName, Stand::Call);
+template <const KnownCall& kCall, auto kFailure, class Result, class... Arguments>
+void Refusable(const char* library, const char* name, Result(WINAPI* /*function*/)(Arguments...)) {
+  using Stand = StandIn<kCall, Result WINAPI(Arguments...), kFailure>;
+  Stand::original = Replace(library, name, Stand::Call);
 }
 
-#define NUVELTA_REFUSABLE(library, function, failure) \
-  do {                                                \
-    static constexpr char kName[] = #function;        \
-    Refusable<kName, failure>(library, &::function);  \
+#define NUVELTA_REFUSABLE(library, function, failure)           \
+  do {                                                          \
+    static constexpr KnownCall kCall = #function;               \
+    Refusable<kCall, failure>(library, #function, &::function); \
   } while (false)
 
 void InstallRegistryFaults() {

@@ -22,6 +22,7 @@ namespace fs = std::filesystem;
 using virtual_notebook::Action;
 using virtual_notebook::EventRecord;
 using virtual_notebook::Fault;
+using virtual_notebook::KnownCall;
 using virtual_notebook::ModemReply;
 using virtual_notebook::Scenario;
 
@@ -139,18 +140,19 @@ int64_t Machine::Seconds(Duration at) const {
 
 Duration Machine::WallClock() const { return m_begin + Director::Get().Now(); }
 
-std::optional<Fault> Machine::Count(std::string_view call) {
+std::optional<Fault> Machine::Count(KnownCall call) {
+  if (call.Takes() > Duration()) Spend(call.Takes());
   // Only calls that the scenario names matter to the processes after this one.
-  if (!IsNamed(m_scenario, call)) return {};
-  Spend(m_delays.Count(call));
+  if (!IsNamed(m_scenario, call.Name())) return {};
+  Spend(m_delays.Count(call.Name()));
   const std::lock_guard lock(m_mutex);
-  Write(CallMade{std::string(call)});
-  auto fault = m_faults.Count(call);
+  Write(CallMade{std::string(call.Name())});
+  auto fault = m_faults.Count(call.Name());
   if (fault) Write(FaultFired{m_faults.Fired().back()});
   return fault;
 }
 
-bool Machine::Fails(std::string_view call) {
+bool Machine::Fails(KnownCall call) {
   const std::optional<Fault> fault = Count(call);
   if (!fault) return false;
   SetLastError(fault->code);

@@ -8,12 +8,12 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "notebook/model/delay_plan.h"
 #include "notebook/model/fault_plan.h"
 #include "notebook/model/modem_model.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/model/scenario.h"
 #include "wine/story/journal.h"
 
@@ -46,11 +46,11 @@ class Machine {
   // When this process began, in story time.
   virtual_notebook::Duration ProcessBegan() const { return m_process_began; }
 
-  // Counts a call, which spends its delay here; answers the fault to give, when one
-  // is due.
-  std::optional<virtual_notebook::Fault> Count(std::string_view call);
+  // Counts a call, which spends its time and its delay here; answers the fault to give,
+  // when one is due.
+  std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall call);
   // The same for a call that reports through the last error, which is then set.
-  bool Fails(std::string_view call);
+  bool Fails(virtual_notebook::KnownCall call);
   // The calling thread spends story time, when it takes part.
   void Spend(virtual_notebook::Duration time);
 

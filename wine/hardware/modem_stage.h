@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "notebook/model/modem_model.h"
+#include "notebook/model/port_calls.h"
 #include "notebook/model/scenario.h"
 
 namespace nuvelta::wine {
@@ -18,11 +18,8 @@ class ModemStage {
  public:
   virtual ~ModemStage() = default;
 
-  // Counts a call by the name that fault_plan.h lists; answers the fault to give,
-  // when one is due.
-  virtual std::optional<virtual_notebook::Fault> Count(std::string_view call) = 0;
-  // The calling thread spends story time.
-  virtual void Spend(virtual_notebook::Duration time) = 0;
+  // Counts a call, which spends its time; answers the fault to give, when one is due.
+  virtual std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall call) = 0;
 
   virtual virtual_notebook::ModemDescription Modem() = 0;
   virtual virtual_notebook::ModemReply Execute(bool set, uint32_t command_id,

@@ -14,8 +14,6 @@ namespace nuvelta::wine {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 decltype(&SetupDiGetClassDevsW) g_get_devices;
 decltype(&RoGetActivationFactory) g_get_factory;
 decltype(&FindFirstFileA) g_find_first;
@@ -25,7 +23,6 @@ decltype(&FindNextFileA) g_find_next;
 // itself.
 HDEVINFO WINAPI Devices(const GUID* device_class, LPCWSTR /*enumerator*/, HWND window,
                         DWORD flags) {
-  Machine::Current()->Spend(5ms);
   if (Machine::Current()->Fails("SetupDiGetClassDevsW")) return INVALID_HANDLE_VALUE;
   return g_get_devices(device_class, L"NUVELTASTORY", window, flags);
 }

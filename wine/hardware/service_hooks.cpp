@@ -44,9 +44,7 @@ void WINAPI ServiceMain(DWORD count, LPWSTR* arguments) {
 }
 
 BOOL WINAPI StartDispatcher(const SERVICE_TABLE_ENTRYW* table) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(2ms);
-  if (machine.Fails("StartServiceCtrlDispatcherW")) return FALSE;
+  if (Machine::Current()->Fails("StartServiceCtrlDispatcherW")) return FALSE;
   g_service_main = table[0].lpServiceProc;
   const std::wstring name = table[0].lpServiceName;
   // Kept at work until ServiceMain has joined.
@@ -69,9 +67,7 @@ DWORD WINAPI HandleReal(DWORD control, DWORD event_type, void* data, void* /*con
 
 SERVICE_STATUS_HANDLE WINAPI RegisterHandler(LPCWSTR name, LPHANDLER_FUNCTION_EX handler,
                                              void* context) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(2ms);
-  if (machine.Fails("RegisterServiceCtrlHandlerExW")) return nullptr;
+  if (Machine::Current()->Fails("RegisterServiceCtrlHandlerExW")) return nullptr;
   ControlQueue::Get().SetHandler(handler, context);
   return g_register_handler(name, HandleReal, nullptr);
 }
@@ -91,7 +87,6 @@ platform::ServiceStatus ManagersStatus(const std::string& key) {
 
 BOOL WINAPI SetStatus(SERVICE_STATUS_HANDLE handle, SERVICE_STATUS* status) {
   Machine& machine = *Machine::Current();
-  machine.Spend(1ms);
   if (machine.Fails("SetServiceStatus")) return FALSE;
   ControlQueue::Get().SetStatus(*status);
   const bool stopped = status->dwCurrentState == SERVICE_STOPPED;
@@ -109,34 +104,26 @@ BOOL WINAPI SetStatus(SERVICE_STATUS_HANDLE handle, SERVICE_STATUS* status) {
 
 HPOWERNOTIFY WINAPI RegisterPowerSetting(HANDLE /*recipient*/, const GUID* /*setting*/,
                                          DWORD /*flags*/) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(1ms);
-  if (machine.Fails("RegisterPowerSettingNotification")) return nullptr;
+  if (Machine::Current()->Fails("RegisterPowerSettingNotification")) return nullptr;
   ControlQueue::Get().WantPowerSettings();
   return reinterpret_cast<HPOWERNOTIFY>(1);
 }
 
 HPOWERNOTIFY WINAPI RegisterSuspendResume(HANDLE recipient, DWORD /*flags*/) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(1ms);
-  if (machine.Fails("RegisterSuspendResumeNotification")) return nullptr;
+  if (Machine::Current()->Fails("RegisterSuspendResumeNotification")) return nullptr;
   PowerQueue::Get().Register(*static_cast<const PowerSubscription*>(recipient));
   return reinterpret_cast<HPOWERNOTIFY>(2);
 }
 
 HDEVNOTIFY WINAPI RegisterDevice(HANDLE /*recipient*/, void* filter, DWORD /*flags*/) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(1ms);
-  if (machine.Fails("RegisterDeviceNotificationW")) return nullptr;
+  if (Machine::Current()->Fails("RegisterDeviceNotificationW")) return nullptr;
   const auto& wanted = *static_cast<const platform::DeviceInterfaceBroadcast*>(filter);
   if (wanted.dbcc_classguid == platform::kGuidDevInterfaceNet) ControlQueue::Get().WantDevices();
   return reinterpret_cast<HDEVNOTIFY>(3);
 }
 
 SC_HANDLE WINAPI OpenManager(LPCWSTR computer, LPCWSTR database, DWORD access) {
-  Machine& machine = *Machine::Current();
-  machine.Spend(20ms);
-  if (machine.Fails("OpenSCManagerW")) return nullptr;
+  if (Machine::Current()->Fails("OpenSCManagerW")) return nullptr;
   return g_open_manager(computer, database, access);
 }
 
@@ -146,7 +133,6 @@ std::string Utf8(const wchar_t* text) {
 
 BOOL WINAPI Execute(SHELLEXECUTEINFOW* info) {
   Machine& machine = *Machine::Current();
-  machine.Spend(150ms);
   if (machine.Fails("ShellExecuteExW")) return FALSE;
   // Written first: the command line may end this process at any moment.
   machine.Write(Launched{Utf8(info->lpFile) + " " + Utf8(info->lpParameters)});

@@ -11,10 +11,9 @@ namespace {
 
 class MachineStage final : public ModemStage {
  public:
-  std::optional<virtual_notebook::Fault> Count(std::string_view call) override {
+  std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall call) override {
     return Machine::Current()->Count(call);
   }
-  void Spend(Duration time) override { Machine::Current()->Spend(time); }
   virtual_notebook::ModemDescription Modem() override {
     return Machine::Current()->Modem().Description();
   }

@@ -6,6 +6,8 @@
 #include <memory>
 
 #include "notebook/model/event_data.h"
+#include "notebook/model/story_report.h"
+#include "notebook/model/story_times.h"
 #include "platform/service_control.h"
 #include "wine/hardware/control_queue.h"
 #include "wine/hardware/director.h"
@@ -17,11 +19,8 @@ namespace nuvelta::wine {
 
 namespace {
 
-using namespace std::chrono_literals;
 using virtual_notebook::Action;
 using virtual_notebook::ModemInterface;
-
-constexpr auto kProcessStart = 20ms;
 
 class StoryEvents {
  public:
@@ -76,7 +75,7 @@ void StoryEvents::PlayAction(const Action& action) {
   using Kind = Action::Kind;
   switch (action.kind) {
     case Kind::kStart:
-      return Write("start: the service is already running");
+      return Write(virtual_notebook::kAlreadyRuns);
     case Kind::kStop:
       return Stop();
     case Kind::kKill:
@@ -146,7 +145,7 @@ void StoryEvents::Refuse(uint32_t control, uint32_t event_type, std::optional<ui
 }
 
 void StoryEvents::End(bool rests) {
-  if (!rests) Write("the service did not come to rest; the story ends all the same");
+  if (!rests) Write(virtual_notebook::kDoesNotRest);
   Ask(Request::Kind::kEnd);
 }
 
@@ -168,7 +167,7 @@ void BeginStory(Machine& machine, const std::vector<Entry>& journal) {
                                           .rest = events->Rest(),
                                           .at_rest = [=](bool rests) { events->End(rests); }});
   machine.Write(ProcessBegan{GetCurrentProcessId()});
-  machine.Spend(kProcessStart);
+  machine.Spend(virtual_notebook::kProcessStart);
 }
 
 }  // namespace nuvelta::wine

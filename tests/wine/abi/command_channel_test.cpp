@@ -4,7 +4,7 @@
 #include <string>
 
 #include "fakes_test.h"
-#include "notebook/model/fault_plan.h"
+#include "notebook/model/port_calls.h"
 
 namespace nuvelta::wine {
 
@@ -190,9 +190,9 @@ void WholeLife(platform::MobileBroadband& port) {
 
 TEST_F(CommandChannelTest, EveryCallThatFailsThrows) {
   EXPECT_EQ(Thrown([&] { WholeLife(port); }), 0U);
-  for (const virtual_notebook::CallFailures& call : virtual_notebook::KnownCalls()) {
+  for (const virtual_notebook::PortCall& call : virtual_notebook::kPortCalls) {
     if (!call.can_throw) continue;
-    const std::string name(call.call);
+    const std::string name(call.name);
     TestStage::Get().Reset({}, {{.call = name, .kind = Fault::Kind::kHresult, .code = 0x8007001F}});
     EXPECT_EQ(Thrown([&] { WholeLife(port); }), 0x8007001FU) << name;
     TestStage::Get().Reset({}, {{.call = name, .kind = Fault::Kind::kBadAlloc}});

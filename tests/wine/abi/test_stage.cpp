@@ -34,8 +34,8 @@ void TestStage::ChangeAccounts(bool added) {
   for (const auto& listener : m_listeners) std::thread(listener, added).join();
 }
 
-std::optional<virtual_notebook::Fault> TestStage::Count(std::string_view call) {
-  return m_faults->Count(call);
+std::optional<virtual_notebook::Fault> TestStage::Count(virtual_notebook::KnownCall call) {
+  return m_faults->Count(call.Name());
 }
 
 virtual_notebook::ModemReply TestStage::Execute(bool set, uint32_t command_id,

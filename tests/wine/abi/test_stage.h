@@ -29,8 +29,7 @@ class TestStage final : public ModemStage {
   std::vector<virtual_notebook::ModemCommand> Commands() const { return m_modem->Commands(); }
   std::vector<virtual_notebook::FiredFault> Fired() const { return m_faults->Fired(); }
 
-  std::optional<virtual_notebook::Fault> Count(std::string_view call) override;
-  void Spend(virtual_notebook::Duration /*time*/) override {}
+  std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall call) override;
   virtual_notebook::ModemDescription Modem() override { return m_modem->Description(); }
   virtual_notebook::ModemReply Execute(bool set, uint32_t command_id,
                                        std::vector<uint8_t> payload) override;
