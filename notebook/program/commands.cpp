@@ -11,6 +11,7 @@
 #include "notebook/program/service_watch.h"
 #include "notebook/program/story_folders.h"
 #include "notebook/program/summary.h"
+#include "notebook/scenario/call_lists.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/marked_folder.h"
@@ -209,6 +210,12 @@ int Check(const std::vector<std::string>& files) {
   if (!scenarios) return kBadInput;
   StandardOutput().Print(std::to_string(files.size()) + " scenario" +
                          (files.size() == 1 ? "" : "s") + " read, nothing wrong\n");
+  return kRanToItsEnd;
+}
+
+int Calls(bool schema) {
+  StandardOutput().Print(schema ? virtual_notebook::CallDefinitions()
+                                : virtual_notebook::CallTable());
   return kRanToItsEnd;
 }
 

@@ -40,5 +40,8 @@ int Run(const RunOptions& options);
 int List(const std::string& folder);
 // Reads scenarios and reports what is wrong with them.
 int Check(const std::vector<std::string>& files);
+// Lists the calls that a scenario can refuse, as docs/scenarios.md or as its JSON schema
+// has them.
+int Calls(bool schema);
 
 }  // namespace nuvelta::story

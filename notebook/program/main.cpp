@@ -65,6 +65,10 @@ int Main(int argc, char** argv) {
   CLI::App* check = app.add_subcommand("check", "Read scenarios without playing them");
   check->add_option("FILE", checked, "Scenario files; - is standard input")->required();
 
+  bool schema = false;
+  CLI::App* calls = app.add_subcommand("calls", "List the calls that a scenario can refuse");
+  calls->add_flag("--schema", schema, "As definitions of the format's JSON schema");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -78,6 +82,7 @@ int Main(int argc, char** argv) {
   run_options.json = summary_format == "json";
   if (run->parsed()) return Run(run_options);
   if (list->parsed()) return List(folder);
+  if (calls->parsed()) return Calls(schema);
   return Check(checked);
 }
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
 
-#include "notebook/model/port_calls.h"
+#include "notebook/scenario/call_lists.h"
 #include "notebook/scenario/scenario_parts.h"
 #include "notebook/scenario/scenario_text.h"
 
@@ -16,15 +16,6 @@ const PortCall& ReadCall(const JsonCursor& at) {
   for (const PortCall& known : kPortCalls) names.push_back(known.name);
   at.Refuse("unknown call \"" + Shown(name) + "\"",
             "a call that can fail" + Suggestion(name, names));
-}
-
-// The ways in which the call can fail, as keys.
-std::vector<std::string_view> WaysToFail(const PortCall& call) {
-  std::vector<std::string_view> ways;
-  if (call.can_fail) ways.emplace_back("error");
-  if (call.can_throw) ways.insert(ways.end(), {"hresult", "bad_alloc"});
-  if (call.can_be_null) ways.emplace_back("null");
-  return ways;
 }
 
 void ReadFailure(const JsonObject& object, const PortCall& call, Fault& fault) {

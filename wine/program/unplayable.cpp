@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 
+#include "notebook/model/port_calls.h"
+
 namespace nuvelta::wine_notebook {
 
 using virtual_notebook::Notebook;
@@ -31,6 +33,13 @@ bool SetsVariables(const Scenario& scenario) {
          });
 }
 
+// The runtime begins a thread of the log library's by the same function.
+bool NamesDetachedThreads(const Scenario& scenario) {
+  constexpr virtual_notebook::KnownCall kCall = "StartDetachedThread";
+  const auto named = [&](const auto& entry) { return entry.call == kCall.Name(); };
+  return std::ranges::any_of(scenario.faults, named) || std::ranges::any_of(scenario.delays, named);
+}
+
 struct Obstacle {
   bool (*has)(const Scenario& scenario);
   const char* why;
@@ -45,6 +54,8 @@ constexpr std::array kObstacles{
     Obstacle{[](const Scenario& s) { return s.notebook.environment != Notebook{}.environment; },
              "\"environment\": Wine makes the environment of services itself"},
     Obstacle{SetsVariables, "a registry key from which Wine makes the environment of services"},
+    Obstacle{NamesDetachedThreads,
+             "a fault or delay of \"StartDetachedThread\": threads of the log library begin alike"},
 };
 
 }  // namespace
