@@ -1,7 +1,13 @@
 # Libraries from the distribution's packages, by name.
 find_package(Threads REQUIRED)
 
-add_library(nuvelta_logging INTERFACE)
+# Compiled here, so that the sanitizers see it, and once: its headers alone take a
+# compiler longer than most of our files.
+add_library(nuvelta_logging STATIC ${CMAKE_CURRENT_LIST_DIR}/logging_library.cpp)
+target_compile_definitions(nuvelta_logging PUBLIC SPDLOG_FMT_EXTERNAL SPDLOG_COMPILED_LIB
+  # Nobody uses the one that writes to the console.
+  SPDLOG_DISABLE_DEFAULT_LOGGER)
+target_link_libraries(nuvelta_logging PUBLIC Threads::Threads PRIVATE nuvelta_flags)
 add_library(nuvelta_json INTERFACE)
 
 if(CMAKE_CROSSCOMPILING)
@@ -16,17 +22,16 @@ if(CMAKE_CROSSCOMPILING)
     endif()
     file(CREATE_LINK ${folder} ${nuvelta_headers}/${library} SYMBOLIC)
   endforeach()
-  target_include_directories(nuvelta_logging SYSTEM INTERFACE ${nuvelta_headers})
-  target_compile_definitions(nuvelta_logging INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY=1)
-  target_link_libraries(nuvelta_logging INTERFACE Threads::Threads)
+  target_include_directories(nuvelta_logging SYSTEM PUBLIC ${nuvelta_headers})
   target_include_directories(nuvelta_json SYSTEM INTERFACE ${nuvelta_headers})
 else()
   find_package(fmt REQUIRED)
   find_package(spdlog REQUIRED)
   find_package(nlohmann_json REQUIRED)
-  # Header-only, so that the sanitizers see them too.
-  target_link_libraries(nuvelta_logging INTERFACE spdlog::spdlog_header_only fmt::fmt-header-only
-    Threads::Threads)
+  foreach(library spdlog::spdlog_header_only fmt::fmt-header-only)
+    get_target_property(folders ${library} INTERFACE_INCLUDE_DIRECTORIES)
+    target_include_directories(nuvelta_logging SYSTEM PUBLIC ${folders})
+  endforeach()
   target_link_libraries(nuvelta_json INTERFACE nlohmann_json::nlohmann_json)
   if(NOT WIN32)
     find_package(CLI11 REQUIRED)

@@ -96,7 +96,9 @@ const DmiBlock* DmiOutput::First(int type, int least) const {
 }
 
 bool HasDmidecode() {
-  return Output(std::string(kSearchPath) + "command -v dmidecode").find('/') != std::string::npos;
+  std::string command = kSearchPath;
+  command += "command -v dmidecode";
+  return Output(command).find('/') != std::string::npos;
 }
 
 DmiOutput RunDmidecode(std::span<const uint8_t> table) {
