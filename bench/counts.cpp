@@ -121,11 +121,9 @@ void CopyLevel(long times, long size) {
 void ReadSmbios(long times, long /*size*/) {
   WithLogger([&] {
     PlainFirmware firmware(FourKilobytes());
-    platform::Platform& os = platform::Os();
-    platform::Platform plain{
-        os.clock,           os.devices,  os.environment,        os.event_log, os.files,
-        firmware,           os.memory,   os.mobile_broadband,   os.network,   os.registry,
-        os.service_control, os.sessions, os.system_information, os.text,      os.threads};
+    const platform::Platform& os = platform::Os();
+    platform::Platform plain = os;
+    plain.firmware = &firmware;
     platform::Install(&plain);
     Repeat(times, [] { const Systeminfo info; });
     platform::Install(&os);

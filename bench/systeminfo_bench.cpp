@@ -36,11 +36,10 @@ void SysteminfoAllocations(benchmark::State& state) {
   RunInProcess([&] {
     CountedHeap heap;
     PlainFirmware firmware(FourKilobytes());
-    platform::Platform& os = platform::Os();
-    platform::Platform with_plain_heap{
-        os.clock,           os.devices,  os.environment,        os.event_log, os.files,
-        firmware,           heap,        os.mobile_broadband,   os.network,   os.registry,
-        os.service_control, os.sessions, os.system_information, os.text,      os.threads};
+    const platform::Platform& os = platform::Os();
+    platform::Platform with_plain_heap = os;
+    with_plain_heap.firmware = &firmware;
+    with_plain_heap.memory = &heap;
     platform::Install(&with_plain_heap);
     size_t blocks = 1;  // the table's buffer
     size_t bytes = 0;

@@ -73,30 +73,18 @@ namespace {
 
 // The ports of one process: all but two are the notebook's own.
 struct WatchedProcess {
-  platform::Platform& original = platform::Os();
+  const platform::Platform& original = platform::Os();
   Watch watch;
   bool on = true;
-  WatchedThreads threads{original.threads, watch, on};
-  WatchedMobileBroadband mobile_broadband{original.mobile_broadband, watch, on};
-  platform::Platform platform{.clock = original.clock,
-                              .devices = original.devices,
-                              .environment = original.environment,
-                              .event_log = original.event_log,
-                              .files = original.files,
-                              .firmware = original.firmware,
-                              .memory = original.memory,
-                              .mobile_broadband = mobile_broadband,
-                              .network = original.network,
-                              .registry = original.registry,
-                              .service_control = original.service_control,
-                              .sessions = original.sessions,
-                              .system_information = original.system_information,
-                              .text = original.text,
-                              .threads = threads};
+  WatchedThreads threads{*original.threads, watch, on};
+  WatchedMobileBroadband mobile_broadband{*original.mobile_broadband, watch, on};
+  platform::Platform platform = original;
 
   WatchedProcess(Findings& findings, CommandWatch::Allowed allowed,
                  std::chrono::system_clock::time_point start)
-      : watch(findings, std::move(allowed), platform::Os().clock, start) {
+      : watch(findings, std::move(allowed), *platform::Os().clock, start) {
+    platform.mobile_broadband = &mobile_broadband;
+    platform.threads = &threads;
     platform::Install(&platform);
     Scheduler::OnStep([this] {
       if (on) watch.OnStep();

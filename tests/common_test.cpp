@@ -266,22 +266,9 @@ TEST(AccountWatcher, IsStartedUnlessItRuns) {
     OneWatcher broadband;
     broadband.watcher->statuses = std::move(statuses);
     const std::string logged = LoggedBy([&] {
-      platform::Platform& os = platform::Os();
-      platform::Platform changed{os.clock,
-                                 os.devices,
-                                 os.environment,
-                                 os.event_log,
-                                 os.files,
-                                 os.firmware,
-                                 os.memory,
-                                 broadband,
-                                 os.network,
-                                 os.registry,
-                                 os.service_control,
-                                 os.sessions,
-                                 os.system_information,
-                                 os.text,
-                                 os.threads};
+      const platform::Platform& os = platform::Os();
+      platform::Platform changed = os;
+      changed.mobile_broadband = &broadband;
       platform::Install(&changed);
       CMbnWinRtHelper::GetInstance().Init(nullptr);
       platform::Install(&os);

@@ -145,7 +145,7 @@ StoryReport PlayProgram(const std::function<void()>& main) {
 }
 
 void WaitForEachOther() {
-  platform::Threads& threads = platform::Os().threads;
+  platform::Threads& threads = *platform::Os().threads;
   const auto one = threads.InitializeCriticalSectionAndSpinCount(0);
   const auto other = threads.InitializeCriticalSectionAndSpinCount(0);
   const auto take = [&threads](auto first, auto second) {
@@ -178,7 +178,7 @@ TEST(Misbehaviour, OfTwoThreadsThatWaitForEachOtherIsADeadlockOfTheStory) {
 
 TEST(Misbehaviour, OfAnyThreadThatThrowsIsACrash) {
   const StoryReport report = PlayProgram([] {
-    platform::Threads& threads = platform::Os().threads;
+    platform::Threads& threads = *platform::Os().threads;
     threads.StartDetachedThread([] { throw std::runtime_error("lost"); }, "thrower");
     threads.WaitForSingleObject(threads.CreateEventW(false, false), platform::kInfinite);
   });

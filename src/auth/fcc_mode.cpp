@@ -29,8 +29,8 @@ void LogContent(const SmbiosTable& table, const FccContent& content) {
 }  // namespace
 
 bool Systeminfo::isFccMode() {
-  platform::Firmware& firmware = platform::Os().firmware;
-  platform::Memory& memory = platform::Os().memory;
+  platform::Firmware& firmware = *platform::Os().firmware;
+  platform::Memory& memory = *platform::Os().memory;
   const uint32_t size =
       firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, nullptr, 0);
   if (size == 0) return false;

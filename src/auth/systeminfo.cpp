@@ -61,8 +61,8 @@ std::string FormatUuid(std::span<const std::byte> bytes) {
 }  // namespace
 
 Systeminfo::Systeminfo() {
-  platform::Firmware& firmware = platform::Os().firmware;
-  platform::Memory& memory = platform::Os().memory;
+  platform::Firmware& firmware = *platform::Os().firmware;
+  platform::Memory& memory = *platform::Os().memory;
   const uint32_t size =
       firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, nullptr, 0);
   if (size == 0) return;

@@ -9,9 +9,9 @@ namespace nuvelta {
 class CriticalSectionLock {
  public:
   explicit CriticalSectionLock(platform::CriticalSectionHandle section) : m_section(section) {
-    platform::Os().threads.EnterCriticalSection(m_section);
+    platform::Os().threads->EnterCriticalSection(m_section);
   }
-  ~CriticalSectionLock() { platform::Os().threads.LeaveCriticalSection(m_section); }
+  ~CriticalSectionLock() { platform::Os().threads->LeaveCriticalSection(m_section); }
   CriticalSectionLock(const CriticalSectionLock&) = delete;
   CriticalSectionLock& operator=(const CriticalSectionLock&) = delete;
 

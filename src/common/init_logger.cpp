@@ -31,7 +31,7 @@ std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path,
                                                  const LogFileSink::OnLost& on_lost) {
   try {
     auto logger = spdlog::async_factory::create<LogFileSink>(
-        "MAServiceLog", platform::Os().files.LibraryPath(path), kMaxFileSize, kMaxFiles, on_lost);
+        "MAServiceLog", platform::Os().files->LibraryPath(path), kMaxFileSize, kMaxFiles, on_lost);
     logger->set_level(spdlog::level::trace);
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%d %H:%M:%S.%e %v", spdlog::pattern_time_type::local, "\r\n"));
@@ -43,8 +43,8 @@ std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path,
   } catch (const std::exception& error) {
     // A service without its log is still worth more than no service. There is no
     // log to say so in, so it goes to standard output.
-    platform::Os().environment.WriteStandardOutput(std::string("no service log: ") + error.what() +
-                                                   "\n");
+    platform::Os().environment->WriteStandardOutput(std::string("no service log: ") + error.what() +
+                                                    "\n");
     on_lost(error.what());
     return nullptr;
   }
@@ -69,7 +69,7 @@ void CLogger::InitLogger() {
   if (CommonUtil::IsEnableServiceLog() && m_logger != nullptr) {
     m_logger->set_level(spdlog::level::trace);
   }
-  platform::Os().threads.StartDetachedThread(
+  platform::Os().threads->StartDetachedThread(
       [] { DeleteFileWhileExceedMaxSizeAndTime(BuildLogFolderPath()); }, "log retention");
 }
 

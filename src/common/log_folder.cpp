@@ -21,13 +21,13 @@ constexpr const char* kFamily = "HX2208GW";
 
 std::string BuildLogFolderPath() {
   std::array<char, kPathSize> path{};
-  const std::string root = platform::Os().environment.GetVariable("programdata");
+  const std::string root = platform::Os().environment->GetVariable("programdata");
   std::snprintf(path.data(), path.size(), "%s%s\\%s", root.c_str(), kProductFolder, kFamily);
   return path.data();
 }
 
 std::string BuildLogFilePath(const std::string& folder) {
-  platform::Clock& clock = platform::Os().clock;
+  platform::Clock& clock = *platform::Os().clock;
   const std::tm local = clock.localtime(clock.time());
   std::array<char, kPathSize> name{};
   std::snprintf(name.data(), name.size(), "%s%s_%04d-%02d-%02d_%02d.%02d.%02d%s", kLogFilePrefix,
@@ -39,7 +39,7 @@ std::string BuildLogFilePath(const std::string& folder) {
 }
 
 void CreateFolders(const std::string& path) {
-  platform::Files& files = platform::Os().files;
+  platform::Files& files = *platform::Os().files;
   size_t created = 0;
   for (size_t at = path.find('\\'); at != std::string::npos; at = path.find('\\', at + 1)) {
     created = at + 1;

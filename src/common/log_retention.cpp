@@ -48,8 +48,8 @@ Scan ScanFolder(const std::string& folder) {
   LogInfo(kName, "check path : %s ", pattern.data());
 
   Scan scan;
-  const int64_t now = platform::Os().clock.time();
-  platform::Files& files = platform::Os().files;
+  const int64_t now = platform::Os().clock->time();
+  platform::Files& files = *platform::Os().files;
   platform::FindData data;
   const platform::FindHandle find = files.FindFirstFileA(pattern.data(), data);
   if (find == platform::InvalidHandle<platform::FindHandle>()) return scan;
@@ -64,8 +64,8 @@ Scan ScanFolder(const std::string& folder) {
 void DeleteLogFile(const std::string& folder, const std::string& name) {
   std::array<char, kPathSize> path{};
   std::snprintf(path.data(), path.size(), "%s\\%s", folder.c_str(), name.c_str());
-  if (platform::Os().files.DeleteFileA(path.data())) return;
-  const auto error = static_cast<int>(platform::Os().threads.GetLastError());
+  if (platform::Os().files->DeleteFileA(path.data())) return;
+  const auto error = static_cast<int>(platform::Os().threads->GetLastError());
   LogError(kName, "DeleteFile %s fail,error code %d", path.data(), error);
 }
 

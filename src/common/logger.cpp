@@ -42,7 +42,7 @@ class LineText {
  public:
   // Eight lower-case hexadecimal digits.
   void AddThreadId() {
-    const uint32_t id = platform::Os().threads.GetCurrentThreadId();
+    const uint32_t id = platform::Os().threads->GetCurrentThreadId();
     for (unsigned shift = 32; shift > 0;) {
       shift -= 4;
       m_text[m_size++] = "0123456789abcdef"[(id >> shift) & 0xFU];
@@ -71,7 +71,7 @@ class LineText {
   // process exits) must not harm its caller.
   void Send(spdlog::logger& logger, spdlog::level::level_enum level) const noexcept {
     try {
-      logger.log(platform::Os().clock.Now(), spdlog::source_loc{}, level,
+      logger.log(platform::Os().clock->Now(), spdlog::source_loc{}, level,
                  spdlog::string_view_t(m_text.data(), m_size));
     } catch (...) {
     }

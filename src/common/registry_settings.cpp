@@ -21,16 +21,16 @@ constexpr int32_t kNotRead = -1;
 constexpr const char* kReaderName = "ReadDWORDRegValue";
 
 // Deliberately the thread's last error, not the status that the call returned.
-int LastError() { return static_cast<int>(platform::Os().threads.GetLastError()); }
+int LastError() { return static_cast<int>(platform::Os().threads->GetLastError()); }
 
 // The value may have changed since its type and size were asked.
 int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32_t size) {
-  platform::Memory& memory = platform::Os().memory;
+  platform::Memory& memory = *platform::Os().memory;
   auto* buffer = static_cast<std::byte*>(memory.HeapAlloc(size));
   if (buffer == nullptr) return kNotRead;
   const ScopeExit free([&] { memory.HeapFree(buffer); });
   uint32_t type = platform::kRegDword;
-  if (platform::Os().registry.RegQueryValueExW(key, value, type, buffer, size) !=
+  if (platform::Os().registry->RegQueryValueExW(key, value, type, buffer, size) !=
           platform::kErrorSuccess ||
       type != platform::kRegDword || size == 0) {
     LogError(kReaderName, "RegQueryValueEx FAIL ,ERROR code = %d", LastError());
@@ -46,7 +46,7 @@ int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32
 int32_t CommonUtil::ReadDWORDRegValue(int /*unused*/, std::u16string_view subkey,
                                       std::u16string_view value) {
   const CFuncTrace trace("CommonUtil::ReadDWORDRegValue");
-  platform::Registry& registry = platform::Os().registry;
+  platform::Registry& registry = *platform::Os().registry;
   platform::KeyHandle key{};
   if (registry.RegOpenKeyExW(subkey, platform::kKeyRead, key) != platform::kErrorSuccess) {
     LogError(kReaderName, "RegOpenKeyEx FAIL ,ERROR code = %d", LastError());

@@ -8,7 +8,7 @@
 namespace nuvelta {
 
 std::string ToAnsi(std::u16string_view wide) {
-  platform::Text& text = platform::Os().text;
+  platform::Text& text = *platform::Os().text;
   const int size = text.WideCharToMultiByte(wide, {});
   if (size <= 0) return {};
   std::string narrow(static_cast<size_t>(size), ' ');
@@ -18,7 +18,7 @@ std::string ToAnsi(std::u16string_view wide) {
 }
 
 std::u16string ToWide(std::string_view narrow) {
-  platform::Text& text = platform::Os().text;
+  platform::Text& text = *platform::Os().text;
   const int size = text.MultiByteToWideChar(narrow, {});
   if (size <= 0) return {};
   std::u16string wide(static_cast<size_t>(size), u' ');

@@ -36,7 +36,7 @@ void CMbnWinRtHelper::Init(std::function<void()> on_account_added) {
 void CMbnWinRtHelper::InitMobileBroadbandAccountWatcher() {
   constexpr const char* kName = "CMbnWinRtHelper::InitMobileBroadbandAccountWatcher";
   const CFuncTrace trace(kName);
-  m_watcher = platform::Os().mobile_broadband.CreateAccountWatcher();
+  m_watcher = platform::Os().mobile_broadband->CreateAccountWatcher();
   // The tokens are deliberately not kept: the handlers stay for good.
   const int64_t added = NotNull(m_watcher)->AccountAdded([this] { AccountAddedHandler(); });
   LogInfo(kName, "event add token = %d\n", LogToken(added));

@@ -16,22 +16,22 @@ constexpr uint32_t kWin32Facility = 0x80070000;
 // given up: the last of the two closes the event.
 class Completion {
  public:
-  Completion() : m_event(platform::Os().threads.CreateEventW(true, false)) {
+  Completion() : m_event(platform::Os().threads->CreateEventW(true, false)) {
     if (m_event != platform::EventHandle{}) return;
-    const uint32_t error = platform::Os().threads.GetLastError();
+    const uint32_t error = platform::Os().threads->GetLastError();
     throw platform::HresultError{kWin32Facility | (error & 0xFFFFU)};
   }
-  ~Completion() { platform::Os().threads.CloseHandle(m_event); }
+  ~Completion() { platform::Os().threads->CloseHandle(m_event); }
   Completion(const Completion&) = delete;
   Completion& operator=(const Completion&) = delete;
 
   void Finish(platform::AsyncStatus status) {
     m_status = status;
-    platform::Os().threads.SetEvent(m_event);
+    platform::Os().threads->SetEvent(m_event);
   }
 
   platform::AsyncStatus Wait(uint32_t milliseconds) {
-    platform::Os().threads.WaitForSingleObject(m_event, milliseconds);
+    platform::Os().threads->WaitForSingleObject(m_event, milliseconds);
     return m_status;
   }
 

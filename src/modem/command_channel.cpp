@@ -55,7 +55,7 @@ void LogException(int level, const char* name) {
 
 std::shared_ptr<platform::Modem> GetModem(const char* name) {
   LogInfo(name, "+Get MobileBroadbandModem");
-  std::shared_ptr<platform::Modem> modem = platform::Os().mobile_broadband.GetDefault();
+  std::shared_ptr<platform::Modem> modem = platform::Os().mobile_broadband->GetDefault();
   LogInfo(name, "-Get MobileBroadbandModem");
   if (modem == nullptr) LogError(name, "MBIM Modem is not exist!");
   return modem;
@@ -77,7 +77,7 @@ GuidText ToText(const platform::Guid& id) {
 bool IsVendorService(std::string_view id) {
   const std::u16string wide(id.begin(), id.end());
   std::string narrow(wide.size(), ' ');
-  const int written = platform::Os().text.WideCharToMultiByte(wide, narrow);
+  const int written = platform::Os().text->WideCharToMultiByte(wide, narrow);
   return written > 0 && EqualIgnoreCase(narrow, kVendorServiceText);
 }
 
@@ -126,7 +126,7 @@ Channel OpenChannel(platform::Modem& modem, const char* name, int failure_level)
 
 std::shared_ptr<platform::DataBuffer> MakePayload(std::span<const uint8_t> bytes) {
   const std::shared_ptr<platform::DataWriter> writer =
-      platform::Os().mobile_broadband.CreateDataWriter();
+      platform::Os().mobile_broadband->CreateDataWriter();
   NotNull(writer)->WriteBytes(bytes);
   return writer->DetachBuffer();
 }
@@ -205,7 +205,7 @@ bool SendCfun(platform::CommandSession& session) {
 bool CMbnWinRtHelper::IsMbimExist() {
   const CFuncTrace trace(kExistName);
   try {
-    return platform::Os().mobile_broadband.GetDefault() != nullptr;
+    return platform::Os().mobile_broadband->GetDefault() != nullptr;
   } catch (...) {
     LogException(kLogError, kExistName);
   }

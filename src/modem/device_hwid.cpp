@@ -23,7 +23,7 @@ constexpr uint32_t kFirstLoggedNumber = 2;
 
 using PropertyBuffer = std::array<char16_t, kPropertySize / sizeof(char16_t)>;
 
-int LastError() { return static_cast<int>(platform::Os().threads.GetLastError()); }
+int LastError() { return static_cast<int>(platform::Os().threads->GetLastError()); }
 
 // The first string of a multi-string, in the ANSI code page.
 std::string FirstString(const PropertyBuffer& property) {
@@ -39,7 +39,7 @@ void KeepHwid(std::string_view kept, std::span<char, 128> hwid) {
 // True when a device of the maker was found. Deliberately the first PCI device ends the
 // search; a later USB device replaces an earlier one.
 bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
-  platform::Devices& devices = platform::Os().devices;
+  platform::Devices& devices = *platform::Os().devices;
   bool found = false;
   for (uint32_t index = 0;; ++index) {
     platform::DeviceInfoData device;
@@ -69,7 +69,7 @@ bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
 
 bool CDeviceHelper::GetAuthDeviceHwid(std::span<char, 128> hwid) {
   const CFuncTrace trace(kName);
-  platform::Devices& devices = platform::Os().devices;
+  platform::Devices& devices = *platform::Os().devices;
   const platform::DeviceSetHandle set =
       devices.SetupDiGetClassDevsW(platform::kDigcfPresent | platform::kDigcfAllClasses);
   if (set == platform::InvalidHandle<platform::DeviceSetHandle>()) {

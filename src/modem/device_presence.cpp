@@ -39,7 +39,7 @@ std::string KeepAdapter(const platform::AdapterRecord& adapter) {
 
 // The name of the first mobile-broadband adapter.
 std::optional<std::string> FindMobileBroadbandAdapter(void* buffer, uint32_t size) {
-  platform::NetworkAdapters& network = platform::Os().network;
+  platform::NetworkAdapters& network = *platform::Os().network;
   // Deliberately another family than the one that the size was asked for.
   if (network.GetAdaptersAddresses(platform::kAfInet, platform::kGaaFlagSkipMulticast, buffer,
                                    size) != platform::kErrorSuccess) {
@@ -56,7 +56,7 @@ std::optional<std::string> FindMobileBroadbandAdapter(void* buffer, uint32_t siz
 std::optional<std::string> ReadText(platform::KeyHandle key, std::string_view value) {
   std::array<char, kRegistryTextSize> text{};
   auto size = static_cast<uint32_t>(text.size());
-  if (platform::Os().registry.RegQueryValueExA(
+  if (platform::Os().registry->RegQueryValueExA(
           key, value, reinterpret_cast<std::byte*>(text.data()), size) != platform::kErrorSuccess) {
     return std::nullopt;
   }
@@ -66,7 +66,7 @@ std::optional<std::string> ReadText(platform::KeyHandle key, std::string_view va
 
 std::optional<std::string> ReadInstanceId(platform::KeyHandle class_key, std::string_view subkey,
                                           const std::string& adapter) {
-  platform::Registry& registry = platform::Os().registry;
+  platform::Registry& registry = *platform::Os().registry;
   platform::KeyHandle key{};
   if (registry.RegOpenKeyExA(class_key, subkey, platform::kKeyRead, key) !=
       platform::kErrorSuccess) {
@@ -80,8 +80,8 @@ std::optional<std::string> ReadInstanceId(platform::KeyHandle class_key, std::st
 
 // The device instance id behind an adapter, in the case in which it is stored.
 std::optional<std::string> FindInstanceId(const std::string& adapter) {
-  platform::Registry& registry = platform::Os().registry;
-  const platform::KeyHandle class_key = platform::Os().network.SetupDiOpenClassRegKeyExW(
+  platform::Registry& registry = *platform::Os().registry;
+  const platform::KeyHandle class_key = platform::Os().network->SetupDiOpenClassRegKeyExW(
       platform::kGuidDevClassNet, platform::kKeyRead, platform::kDiocrInstaller);
   if (class_key == platform::InvalidHandle<platform::KeyHandle>()) return std::nullopt;
   const ScopeExit close([&] { registry.RegCloseKey(class_key); });
@@ -112,9 +112,9 @@ uint32_t CDeviceHelper::IsNuveltaMBIMDevcieExist(bool& found) {
   const CFuncTrace trace(kName);
   std::optional<std::string> adapter;
   {
-    platform::Memory& memory = platform::Os().memory;
+    platform::Memory& memory = *platform::Os().memory;
     uint32_t size = 0;
-    platform::Os().network.GetAdaptersAddresses(platform::kAfUnspec, 0, nullptr, size);
+    platform::Os().network->GetAdaptersAddresses(platform::kAfUnspec, 0, nullptr, size);
     void* buffer = memory.HeapAlloc(size);
     if (buffer == nullptr) {
       LogError(kName, "GetAdaptersAddresses AF_UNSPEC failed");

@@ -5,11 +5,11 @@
 namespace nuvelta::platform {
 
 namespace {
-std::atomic<Platform*> g_installed{nullptr};
+std::atomic<const Platform*> g_installed{nullptr};
 }  // namespace
 
-Platform& Os() noexcept { return *g_installed.load(std::memory_order_relaxed); }
+const Platform& Os() noexcept { return *g_installed.load(std::memory_order_relaxed); }
 
-void Install(Platform* platform) noexcept { g_installed.store(platform); }
+void Install(const Platform* platform) noexcept { g_installed.store(platform); }
 
 }  // namespace nuvelta::platform

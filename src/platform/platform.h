@@ -19,29 +19,30 @@ class SystemInformation;
 class Text;
 class Threads;
 
+// The ports. Copied, it is the same platform, of which single ports can be replaced.
 struct Platform {
-  Clock& clock;
-  Devices& devices;
-  Environment& environment;
-  EventLog& event_log;
-  Files& files;
-  Firmware& firmware;
-  Memory& memory;
-  MobileBroadband& mobile_broadband;
-  NetworkAdapters& network;
-  Registry& registry;
-  ServiceControl& service_control;
-  Sessions& sessions;
-  SystemInformation& system_information;
-  Text& text;
-  Threads& threads;
+  Clock* clock = nullptr;
+  Devices* devices = nullptr;
+  Environment* environment = nullptr;
+  EventLog* event_log = nullptr;
+  Files* files = nullptr;
+  Firmware* firmware = nullptr;
+  Memory* memory = nullptr;
+  MobileBroadband* mobile_broadband = nullptr;
+  NetworkAdapters* network = nullptr;
+  Registry* registry = nullptr;
+  ServiceControl* service_control = nullptr;
+  Sessions* sessions = nullptr;
+  SystemInformation* system_information = nullptr;
+  Text* text = nullptr;
+  Threads* threads = nullptr;
 };
 
 // The installed platform. Calling it before Install is a programming error.
-Platform& Os() noexcept;
+const Platform& Os() noexcept;
 
 // Installs the platform that Os() answers from now on; null removes it. Call it
 // only while no thread of the service runs.
-void Install(Platform* platform) noexcept;
+void Install(const Platform* platform) noexcept;
 
 }  // namespace nuvelta::platform

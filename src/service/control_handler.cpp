@@ -41,7 +41,7 @@ constexpr std::array<const char*, 11> kSessionChanges{
 void OnStop() {
   ReportServiceStatus(platform::kServiceStopPending, 0, 0);
   LogInfo(kName, "SERVICE_CONTROL_STOP");
-  platform::Os().threads.SetEvent(g_hServiceStopEvent);
+  platform::Os().threads->SetEvent(g_hServiceStopEvent);
   NService::stop();
   LogInfo(kName, "SERVICE_CONTROL_STOP g_pNService->stop(); exit");
 }

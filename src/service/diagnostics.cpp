@@ -23,7 +23,7 @@ constexpr const char* kServiceMain = "ServiceMain";
 
 void LogBootTime() {
   constexpr const char* kName = "getSystemInfo";
-  platform::SystemInformation& system = platform::Os().system_information;
+  platform::SystemInformation& system = *platform::Os().system_information;
   if (!system.LookUpNtQuerySystemInformation()) {
     LogError(kName, "Get NtQuerySystemInformation Addr Failed!\n");
     return;
@@ -31,7 +31,7 @@ void LogBootTime() {
   // SYSTEM_TIMEOFDAY_INFORMATION begins with the boot time.
   alignas(int64_t) std::array<std::byte, 32> information{};  // or the system refuses it
   if (system.NtQuerySystemInformation(platform::kSystemTimeOfDayInformation, information) != 0) {
-    platform::Os().environment.WriteStandardOutput("NtQuerySystemInformation Failed!\n");
+    platform::Os().environment->WriteStandardOutput("NtQuerySystemInformation Failed!\n");
     return;
   }
   platform::FileTime boot = 0;
@@ -49,13 +49,13 @@ void LogBootTime() {
 
 void LogFileVersion() {
   constexpr size_t kPathSize = 260;
-  platform::SystemInformation& system = platform::Os().system_information;
+  platform::SystemInformation& system = *platform::Os().system_information;
   std::array<char16_t, kPathSize + 1> path{};  // one more, so that it always ends
   system.GetModuleFileNameW(std::span(path).first(kPathSize));
   const uint32_t size = system.GetFileVersionInfoSizeW(path.data());
   LogInfo(kServiceMain, "filename: %s", ToAnsi(path.data()).c_str());
   const size_t block_size = (static_cast<size_t>(size) + 1) * 2;
-  platform::Memory& memory = platform::Os().memory;
+  platform::Memory& memory = *platform::Os().memory;
   auto* block = static_cast<std::byte*>(memory.HeapAlloc(block_size));
   if (block == nullptr) return;
   const ScopeExit free([&] { memory.HeapFree(block); });
@@ -74,8 +74,8 @@ void LogFileVersion() {
 void LogSessions() {
   const platform::SessionInfo* list = nullptr;
   uint32_t count = 0;
-  if (!platform::Os().sessions.WTSEnumerateSessionsW(list, count)) {
-    const auto error = static_cast<int>(platform::Os().threads.GetLastError());
+  if (!platform::Os().sessions->WTSEnumerateSessionsW(list, count)) {
+    const auto error = static_cast<int>(platform::Os().threads->GetLastError());
     LogInfo(kServiceMain, "WTSEnumerateSessions failed. GetLastError: %d", error);
     return;
   }

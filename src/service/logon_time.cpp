@@ -31,7 +31,7 @@ std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
   std::vector<std::byte> buffer(kReadBufferSize);
   uint32_t dwRead = 0;
   uint32_t dwNeeded = 0;
-  while (platform::Os().event_log.ReadEventLogW(
+  while (platform::Os().event_log->ReadEventLogW(
              log, platform::kEventLogSequentialRead | platform::kEventLogBackwardsRead, 0, buffer,
              dwRead, dwNeeded) &&
          dwRead != 0) {  // a read of nothing would come again for ever
@@ -60,8 +60,8 @@ void LogLogon(const LogonRecord& record, const std::tm& local) {
 // Fills the outputs from the newest logon record of an open log; false when the
 // log has none and a time seven days back stands in.
 bool TakeLogonTime(platform::EventLogHandle log, std::span<char> timeText, int64_t& logonTime) {
-  platform::Clock& clock = platform::Os().clock;
-  const ScopeExit close([&] { platform::Os().event_log.CloseEventLog(log); });
+  platform::Clock& clock = *platform::Os().clock;
+  const ScopeExit close([&] { platform::Os().event_log->CloseEventLog(log); });
   if (const std::optional<LogonRecord> record = FindNewestLogon(log)) {
     const std::tm local = clock.localtime(record->TimeWritten);
     LogLogon(*record, local);
@@ -82,7 +82,7 @@ bool TakeLogonTime(platform::EventLogHandle log, std::span<char> timeText, int64
 
 bool getLastLogTime(std::span<char> timeText, int64_t& logonTime) {
   LogInfo(kName, "+getLastLogTime");
-  const platform::EventLogHandle log = platform::Os().event_log.OpenEventLogW(u"Application");
+  const platform::EventLogHandle log = platform::Os().event_log->OpenEventLogW(u"Application");
   if (log == platform::EventLogHandle{}) {
     LogError(kName, "Could not open the Application event log.");
     return false;

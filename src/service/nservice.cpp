@@ -17,7 +17,7 @@ void NService::Run() {
   CTaskManager* pTaskManager = CTaskManager::GetTaskManagerInstance();
   if (pTaskManager != nullptr) pTaskManager->init();
   AddAuthenticationTask(pTaskManager, QueuedTasks::kKeep);
-  platform::Os().threads.WaitForSingleObject(m_hServiceStopEvent, platform::kInfinite);
+  platform::Os().threads->WaitForSingleObject(m_hServiceStopEvent, platform::kInfinite);
   LogInfo(kName, "\nNService::Run leave\n");
 }
 

@@ -24,7 +24,7 @@ std::array<char, 56> g_szSuspendTime{};
 int64_t g_suspendTime_t = 0;
 
 void OnSuspend() {
-  platform::Clock& clock = platform::Os().clock;
+  platform::Clock& clock = *platform::Os().clock;
   g_szSuspendTime.fill('\0');
   g_suspendTime_t = clock.time();
   const std::tm local = clock.localtime(g_suspendTime_t);

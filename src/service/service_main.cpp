@@ -30,16 +30,16 @@ void RegisterUsbDeviceNotification() {
   platform::DeviceInterfaceBroadcast filter;
   filter.dbcc_devicetype = platform::kDbtDevTypDeviceInterface;
   filter.dbcc_classguid = platform::kGuidDevInterfaceNet;
-  if (platform::Os().service_control.RegisterDeviceNotificationW(
+  if (platform::Os().service_control->RegisterDeviceNotificationW(
           g_hServiceStatus, filter, platform::kDeviceNotifyServiceHandle) ==
       platform::NotifyHandle{}) {
-    const uint32_t error = platform::Os().threads.GetLastError();
+    const uint32_t error = platform::Os().threads->GetLastError();
     LogError(kName, "RegisterDeviceNotification error 0x%08x", error);
   }
 }
 
 void RegisterNotifications() {
-  platform::ServiceControl& control = platform::Os().service_control;
+  platform::ServiceControl& control = *platform::Os().service_control;
   // Deliberately unchecked: the battery level is only logged.
   control.RegisterPowerSettingNotification(g_hServiceStatus,
                                            platform::kGuidBatteryPercentageRemaining,
@@ -54,7 +54,7 @@ void RegisterNotifications() {
 
 // From the creation of the service object to its end.
 void RunService() {
-  platform::Threads& threads = platform::Os().threads;
+  platform::Threads& threads = *platform::Os().threads;
   g_hServiceStopEvent = threads.CreateEventW(true, false);
   if (g_hServiceStopEvent.load() == platform::EventHandle{}) {
     LogError(kServiceMain, "CreateEvent returned error");
@@ -76,19 +76,19 @@ void RunService() {
 }  // namespace
 
 int ServiceProcessMain() {
-  platform::Os().environment.InstallCrashDumpWriter();
+  platform::Os().environment->InstallCrashDumpWriter();
   CLogger::GetInstance().InitLogger();
   LogInfo(kMain,
           "\r\n==================================   NService start "
           "==============================================\r\n");
   LogInfo(kMain, "N auth Service: Main: Entry");
   LogInfo(kMain, "build at %s  %s", __DATE__, __TIME__);
-  if (platform::Os().service_control.StartServiceCtrlDispatcherW(kServiceName, ServiceMain)) {
+  if (platform::Os().service_control->StartServiceCtrlDispatcherW(kServiceName, ServiceMain)) {
     // Deliberately "Monitor", unlike the entry line.
     LogInfo(kMain, "N auth Monitor Service: Main: Exit");
     return 0;
   }
-  const auto error = static_cast<int>(platform::Os().threads.GetLastError());
+  const auto error = static_cast<int>(platform::Os().threads->GetLastError());
   LogInfo(kMain, "N auth Service: Main: StartServiceCtrlDispatcher returned error : %d", error);
   return error;
 }
@@ -98,7 +98,7 @@ void ServiceMain() {
   LogBootTime();
   LogFileVersion();
   LogSessions();
-  g_hServiceStatus = platform::Os().service_control.RegisterServiceCtrlHandlerExW(
+  g_hServiceStatus = platform::Os().service_control->RegisterServiceCtrlHandlerExW(
       kServiceName, ServiceCtrlHandler, nullptr);
   if (g_hServiceStatus.load() == platform::StatusHandle{}) {
     LogError(kServiceMain, "RegisterServiceCtrlHandler returned error");

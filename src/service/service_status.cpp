@@ -61,7 +61,7 @@ void ReportServiceStatus(uint32_t currentState, uint32_t /*win32ExitCode*/, uint
   g_ServiceStatus.dwControlsAccepted = controls;
   LogInfo(kName, "dwControlsAccepted = 0x%x", controls);
   g_ServiceStatus.dwCheckPoint = settled ? 0 : g_dwCheckPoint++;
-  platform::Os().service_control.SetServiceStatus(g_hServiceStatus, Snapshot());
+  platform::Os().service_control->SetServiceStatus(g_hServiceStatus, Snapshot());
 }
 
 void MakeStatusAfresh() {

@@ -32,9 +32,9 @@ void CopyName(const std::string& name, std::span<char> out) {
 // Takes the first service of this process from a filled buffer.
 uint32_t FindOwnService(const void* buffer, uint32_t count, std::span<char> name,
                         uint32_t& processId) {
-  const uint32_t own = platform::Os().threads.GetCurrentProcessId();
+  const uint32_t own = platform::Os().threads->GetCurrentProcessId();
   for (uint32_t i = 0; i < count; ++i) {
-    const platform::ServiceRecord service = platform::Os().service_control.ReadService(buffer, i);
+    const platform::ServiceRecord service = platform::Os().service_control->ReadService(buffer, i);
     if (service.dwProcessId != own) continue;
     const std::string narrow = ToAnsi(service.lpServiceName);
     LogInfo(kGetServiceName, "Service Name: %s\n", narrow.c_str());
@@ -47,7 +47,7 @@ uint32_t FindOwnService(const void* buffer, uint32_t count, std::span<char> name
 
 bool Enumerate(platform::ManagerHandle manager, void* buffer, uint32_t size, uint32_t& needed,
                uint32_t& returned) {
-  return platform::Os().service_control.EnumServicesStatusExW(
+  return platform::Os().service_control->EnumServicesStatusExW(
       manager, platform::kScEnumProcessInfo, platform::kServiceWin32, platform::kServiceStateAll,
       buffer, size, needed, returned);
 }
@@ -61,17 +61,17 @@ bool Launch(std::u16string_view parameters) {
   info.lpFile = u"cmd.exe";
   info.lpParameters = parameters;
   info.nShow = platform::kSwHide;
-  return platform::Os().service_control.ShellExecuteExW(info);
+  return platform::Os().service_control->ShellExecuteExW(info);
 }
 
 }  // namespace
 
 uint32_t CommonUtil::GetServiceName(std::span<char> name, uint32_t& processId) {
   const CFuncTrace trace(kGetServiceName);
-  platform::ServiceControl& control = platform::Os().service_control;
+  platform::ServiceControl& control = *platform::Os().service_control;
   const platform::ManagerHandle manager = control.OpenSCManagerW(platform::kScManagerAllAccess);
   if (manager == platform::ManagerHandle{}) {
-    const uint32_t error = platform::Os().threads.GetLastError();
+    const uint32_t error = platform::Os().threads->GetLastError();
     LogError(kGetServiceName, "OpenSCManager fail,error code 0x%x", error);
     return 0;
   }
@@ -79,10 +79,10 @@ uint32_t CommonUtil::GetServiceName(std::span<char> name, uint32_t& processId) {
   uint32_t size = 0;
   uint32_t returned = 0;
   if (Enumerate(manager, nullptr, 0, size, returned) ||
-      platform::Os().threads.GetLastError() != platform::kErrorMoreData) {
+      platform::Os().threads->GetLastError() != platform::kErrorMoreData) {
     return 0;
   }
-  platform::Memory& memory = platform::Os().memory;
+  platform::Memory& memory = *platform::Os().memory;
   void* buffer = memory.LocalAlloc(size);
   if (buffer == nullptr) return 0;
   const ScopeExit free([&] { memory.LocalFree(buffer); });
@@ -106,7 +106,7 @@ uint32_t CommonUtil::RestartService() {
   parameters.resize(std::min(parameters.size(), kParametersSize - 1));
   LogInfo(kRestartService, "buffer %s", ToAnsi(parameters).c_str());
   if (!Launch(parameters)) {
-    const uint32_t error = platform::Os().threads.GetLastError();
+    const uint32_t error = platform::Os().threads->GetLastError();
     LogInfo(kRestartService, " RestartService failed.Error = 0x%x", error);
     return 0;
   }

@@ -23,7 +23,7 @@ bool g_bWatcherSetUp = false;
 platform::CriticalSectionHandle CreationLock() {
   const std::lock_guard lock(g_creationLockMutex);
   if (g_creationLock == platform::CriticalSectionHandle{}) {
-    g_creationLock = platform::Os().threads.InitializeCriticalSectionAndSpinCount(kSpinCount);
+    g_creationLock = platform::Os().threads->InitializeCriticalSectionAndSpinCount(kSpinCount);
   }
   return g_creationLock;
 }
@@ -33,8 +33,8 @@ void OnAccountAdded() { AddAuthenticationTask(QueuedTasks::kKeep); }
 }  // namespace
 
 CTaskManager::CTaskManager()
-    : m_csTask(platform::Os().threads.InitializeCriticalSectionAndSpinCount(kSpinCount)),
-      m_hTaskEvent(platform::Os().threads.CreateEventW(false, false)) {}
+    : m_csTask(platform::Os().threads->InitializeCriticalSectionAndSpinCount(kSpinCount)),
+      m_hTaskEvent(platform::Os().threads->CreateEventW(false, false)) {}
 
 CTaskManager* CTaskManager::GetTaskManagerInstance() {
   const CFuncTrace trace("CTaskManager::GetTaskManagerInstance");

@@ -83,7 +83,7 @@ void CTaskManager::addTask(CTask* pTask) {
               "that list size = %d",
               taskElement.iPriority, pTask->getTaskName(), Size(taskElement));
     }
-    platform::Os().threads.SetEvent(m_hTaskEvent);
+    platform::Os().threads->SetEvent(m_hTaskEvent);
     return;
   }
   LogInfo(kAddTask,
@@ -93,7 +93,7 @@ void CTaskManager::addTask(CTask* pTask) {
           "600 TASK_TYPE_ID_UPGRADE_FROM_EDL ; 700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL)",
           pTask->iPriority, pTask->getTaskName(), pTask->getTaskTypeId());
   m_setTaskElement.insert(TaskElement{.iPriority = pTask->iPriority, .lstTask = {pTask}});
-  platform::Os().threads.SetEvent(m_hTaskEvent);
+  platform::Os().threads->SetEvent(m_hTaskEvent);
 }
 
 CTask* CTaskManager::getTask() {

@@ -31,10 +31,10 @@ void CTaskManager::init() {
   constexpr const char* kName = "CTaskManager::init";
   const CFuncTrace trace(kName);
   m_bRunning = true;
-  m_hThread = platform::Os().threads.CreateThread(dealTaskThread, this, "task worker");
+  m_hThread = platform::Os().threads->CreateThread(dealTaskThread, this, "task worker");
   if (m_hThread == platform::ThreadHandle{}) {
     // The service deliberately goes on: tasks are queued and never run.
-    const uint32_t error = platform::Os().threads.GetLastError();
+    const uint32_t error = platform::Os().threads->GetLastError();
     LogInfo(kName, "Create task deal thread failed, errcode(0x%x).\r\n", error);
   }
 }
@@ -42,7 +42,7 @@ void CTaskManager::init() {
 bool CTaskManager::exit() {
   const CFuncTrace trace("CTaskManager::exit");
   m_bRunning = false;
-  platform::Os().threads.SetEvent(m_hTaskEvent);
+  platform::Os().threads->SetEvent(m_hTaskEvent);
   return true;
 }
 
@@ -63,7 +63,7 @@ uint32_t CTaskManager::dealTaskThread(void* pParam) {
 }
 
 void CTaskManager::WaitForTask() {
-  platform::Threads& threads = platform::Os().threads;
+  platform::Threads& threads = *platform::Os().threads;
   if (threads.WaitForSingleObject(m_hTaskEvent, platform::kInfinite) == platform::kWaitFailed) {
     // Without its event the worker looks for tasks at intervals instead.
     threads.Sleep(kPauseWithoutEvent);
@@ -90,16 +90,16 @@ void CTaskManager::DealOneTask(CTask* pTask) {
 
 void CTaskManager::RunTask(CTask* pTask) {
   bool bRetry = false;
-  const int64_t begin = platform::Os().clock.clock();
+  const int64_t begin = platform::Os().clock->clock();
   pTask->doJob(&bRetry);
-  const int64_t end = platform::Os().clock.clock();
+  const int64_t end = platform::Os().clock->clock();
   LogInfo(kWorker, "\r\n\r\n Deal Task %s Cast Time %.4fs\r\n", pTask->getTaskName(),
           static_cast<double>(static_cast<int32_t>(end - begin)) / 1000.0);
   if (bRetry) {
     RetryTask(pTask);
     return;
   }
-  platform::Os().threads.Sleep(kPauseAfterRun);
+  platform::Os().threads->Sleep(kPauseAfterRun);
   popTask(pTask);
 }
 
@@ -109,7 +109,7 @@ void CTaskManager::RetryTask(CTask* pTask) {
   LogInfo(kName, "\r\n\r\n retry deal task : %s ,retry times(%d) \r\n", pTask->getTaskName(),
           pTask->iRetryTimes.load());
   --pTask->iRetryTimes;  // to -1 when a resume has cleared it meanwhile
-  platform::Os().threads.Sleep(kPauseBeforeRetry);
+  platform::Os().threads->Sleep(kPauseBeforeRetry);
 }
 
 }  // namespace nuvelta

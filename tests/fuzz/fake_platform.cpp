@@ -4,10 +4,6 @@
 #include <cstring>
 
 #include "notebook/machine/code_page.h"
-#include "notebook/machine/virtual_mobile_broadband.h"
-#include "notebook/machine/virtual_service_control.h"
-#include "notebook/machine/virtual_system.h"
-#include "notebook/model/modem_model.h"
 
 namespace nuvelta::fuzz {
 
@@ -256,40 +252,21 @@ int FakeText::MultiByteToWideChar(std::string_view narrow, std::span<char16_t> o
   return Copy<char16_t>(virtual_notebook::FromCodePage(narrow), out);
 }
 
-struct FakePlatform::Others {
-  virtual_notebook::Scheduler scheduler{virtual_notebook::Scheduler::Mode::kFree, 1, {}};
-  virtual_notebook::FaultPlan faults{{}};
-  virtual_notebook::Context context{.scheduler = scheduler, .faults = faults};
-  virtual_notebook::Notebook notebook;
-  virtual_notebook::ModemModel modem{notebook.modem};
-  virtual_notebook::VirtualMobileBroadband mobile_broadband{context, modem, 0};
-  virtual_notebook::VirtualServiceControl service_control{context, notebook, {}};
-  virtual_notebook::VirtualSessions sessions{context, notebook.sessions};
-  virtual_notebook::VirtualSystemInformation system_information{context, notebook, {}};
-  platform::Platform platform;
-
-  explicit Others(FakePlatform& fake)
-      : platform{.clock = fake.clock,
-                 .devices = fake.devices,
-                 .environment = fake.environment,
-                 .event_log = fake.event_log,
-                 .files = fake.files,
-                 .firmware = fake.firmware,
-                 .memory = fake.memory,
-                 .mobile_broadband = mobile_broadband,
-                 .network = fake.network,
-                 .registry = fake.registry,
-                 .service_control = service_control,
-                 .sessions = sessions,
-                 .system_information = system_information,
-                 .text = fake.text,
-                 .threads = fake.threads} {}
-};
-
-FakePlatform::FakePlatform() : m_others(std::make_unique<Others>(*this)) {
+FakePlatform::FakePlatform() {
   setenv("TZ", "UTC", 1);
   tzset();
-  platform::Install(&m_others->platform);
+  m_platform.clock = &clock;
+  m_platform.devices = &devices;
+  m_platform.environment = &environment;
+  m_platform.event_log = &event_log;
+  m_platform.files = &files;
+  m_platform.firmware = &firmware;
+  m_platform.memory = &memory;
+  m_platform.network = &network;
+  m_platform.registry = &registry;
+  m_platform.text = &text;
+  m_platform.threads = &threads;
+  platform::Install(&m_platform);
 }
 
 FakePlatform::~FakePlatform() { platform::Install(nullptr); }

@@ -1,12 +1,11 @@
 // A platform on a single thread whose answers an input decides. It keeps to what
 // the ports promise and no further: answers change between two calls, sizes lie
 // as far as they may, everything can be refused. The ports that no fuzz target
-// reaches are the virtual notebook's.
+// reaches are missing.
 #pragma once
 
 #include <chrono>
 #include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -232,8 +231,7 @@ class FakePlatform {
   FakeThreads threads;
 
  private:
-  struct Others;
-  std::unique_ptr<Others> m_others;
+  platform::Platform m_platform;
 };
 
 }  // namespace nuvelta::fuzz

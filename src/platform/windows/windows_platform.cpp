@@ -10,21 +10,21 @@ platform::MobileBroadband& WindowsMobileBroadbandPort() {
 }
 
 void InstallWindowsPlatform() {
-  static platform::Platform platform{.clock = WindowsClock(),
-                                     .devices = WindowsDevices(),
-                                     .environment = WindowsEnvironment(),
-                                     .event_log = WindowsEventLog(),
-                                     .files = WindowsFiles(),
-                                     .firmware = WindowsFirmware(),
-                                     .memory = WindowsMemory(),
-                                     .mobile_broadband = WindowsMobileBroadbandPort(),
-                                     .network = WindowsNetworkAdapters(),
-                                     .registry = WindowsRegistry(),
-                                     .service_control = WindowsServiceControl(),
-                                     .sessions = WindowsSessions(),
-                                     .system_information = WindowsSystemInformation(),
-                                     .text = WindowsText(),
-                                     .threads = WindowsThreads()};
+  static const platform::Platform platform{.clock = &WindowsClock(),
+                                           .devices = &WindowsDevices(),
+                                           .environment = &WindowsEnvironment(),
+                                           .event_log = &WindowsEventLog(),
+                                           .files = &WindowsFiles(),
+                                           .firmware = &WindowsFirmware(),
+                                           .memory = &WindowsMemory(),
+                                           .mobile_broadband = &WindowsMobileBroadbandPort(),
+                                           .network = &WindowsNetworkAdapters(),
+                                           .registry = &WindowsRegistry(),
+                                           .service_control = &WindowsServiceControl(),
+                                           .sessions = &WindowsSessions(),
+                                           .system_information = &WindowsSystemInformation(),
+                                           .text = &WindowsText(),
+                                           .threads = &WindowsThreads()};
   platform::Install(&platform);
 }
 
