@@ -1,14 +1,11 @@
 #include <algorithm>
 #include <array>
 
+#include "auth/firmware_table.h"
 #include "auth/smbios.h"
 #include "auth/systeminfo.h"
 #include "common/logger.h"
-#include "common/scope_exit.h"
 #include "platform/fcc_marker.h"
-#include "platform/firmware.h"
-#include "platform/memory.h"
-#include "platform/platform.h"
 
 namespace nuvelta {
 
@@ -29,20 +26,12 @@ void LogContent(const SmbiosTable& table, const FccContent& content) {
 }  // namespace
 
 bool Systeminfo::isFccMode() {
-  platform::Firmware& firmware = *platform::Os().firmware;
-  platform::Memory& memory = *platform::Os().memory;
-  const uint32_t size =
-      firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, nullptr, 0);
-  if (size == 0) return false;
-  auto* buffer = static_cast<std::byte*>(memory.HeapAlloc(size));
-  if (buffer == nullptr) return false;
-  const ScopeExit free([&] { memory.HeapFree(buffer); });
-  const uint32_t written =
-      firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, buffer, size);
-  // A count above the size means that the table has grown and nothing was copied.
-  const SmbiosTable table({buffer, written <= size ? written : 0});
+  const FirmwareTable firmware;
+  if (!firmware.HasBuffer()) return false;
+  const SmbiosTable table(firmware.Bytes());
   LogInfo(kName, "smBiosDataSize:%d, bytesWritten:%d smBiosData->Length:%d \n",
-          static_cast<int>(size), static_cast<int>(written), static_cast<int>(table.Length));
+          static_cast<int>(firmware.Size()), static_cast<int>(firmware.Written()),
+          static_cast<int>(table.Length));
   const auto content = FindFccContent(table);
   if (!content) return false;
   LogContent(table, *content);

@@ -3,12 +3,9 @@
 #include <array>
 #include <cstdio>
 
+#include "auth/firmware_table.h"
 #include "auth/smbios.h"
 #include "common/logger.h"
-#include "common/scope_exit.h"
-#include "platform/firmware.h"
-#include "platform/memory.h"
-#include "platform/platform.h"
 
 namespace nuvelta {
 
@@ -61,18 +58,9 @@ std::string FormatUuid(std::span<const std::byte> bytes) {
 }  // namespace
 
 Systeminfo::Systeminfo() {
-  platform::Firmware& firmware = *platform::Os().firmware;
-  platform::Memory& memory = *platform::Os().memory;
-  const uint32_t size =
-      firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, nullptr, 0);
-  if (size == 0) return;
-  auto* buffer = static_cast<std::byte*>(memory.HeapAlloc(size));
-  if (buffer == nullptr) return;
-  const ScopeExit free([&] { memory.HeapFree(buffer); });
-  if (firmware.GetSystemFirmwareTable(platform::kFirmwareProviderRsmb, 0, buffer, size) != size) {
-    return;
-  }
-  const SmbiosTable table({buffer, size});
+  const FirmwareTable firmware;
+  if (!firmware.HasBuffer() || firmware.Written() != firmware.Size()) return;
+  const SmbiosTable table(firmware.Bytes());
   LogInfo(kName,
           "bios_data->SMBIOSMajorVersion = %d,bios_data->SMBIOSMinorVersion = "
           "%d,bios_data->Used20CallingMethod = %d,bios_data->DmiRevision = %d, bios_data->Length "
