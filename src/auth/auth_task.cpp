@@ -30,7 +30,7 @@ bool CTaskAuthModule::doJob(bool* pbRetry) {
   const ScopeExit done([this] { bIsDealing = false; });
   if (!IsModemReady(pbRetry)) return false;
   // Deliberately a constant, written before the registry is read.
-  LogInfo(kName, "ReadIsDisableVerifyReg return %d", -1);
+  LogInfo(kName, "ReadIsDisableVerifyReg return -1");
   if (!CommonUtil::IsDisableVerify() && !IsPlatformApproved()) return false;
   return EnableRadio(pbRetry);
 }

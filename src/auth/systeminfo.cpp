@@ -62,9 +62,9 @@ Systeminfo::Systeminfo() {
   if (!firmware.HasBuffer() || firmware.Written() != firmware.Size()) return;
   const SmbiosTable table(firmware.Bytes());
   LogInfo(kName,
-          "bios_data->SMBIOSMajorVersion = %d,bios_data->SMBIOSMinorVersion = "
-          "%d,bios_data->Used20CallingMethod = %d,bios_data->DmiRevision = %d, bios_data->Length "
-          "= %d",
+          "bios_data->SMBIOSMajorVersion = %d,bios_data->SMBIOSMinorVersion = %d"
+          ",bios_data->Used20CallingMethod = %d,bios_data->DmiRevision = %d"
+          ", bios_data->Length = %d",
           table.SMBIOSMajorVersion, table.SMBIOSMinorVersion, table.Used20CallingMethod,
           table.DmiRevision, static_cast<int>(table.Length));
   ReadSystem(table);

@@ -15,10 +15,6 @@ constexpr const char* kName = "CTaskAuthModule::VerifyPlatform";
 constexpr size_t kMinProjectLength = 3;
 constexpr size_t kHwidSize = 128;
 
-// Deliberately fixed numbers: the sizes that the log has always shown.
-constexpr int kLoggedTableSize = 1760;
-constexpr int kLoggedEntrySize = 32;
-
 bool IsCS24Project(const std::string& project) {
   const CFuncTrace trace("IsCS24Project");
   return IsCs24ProjectName(project);
@@ -45,10 +41,11 @@ std::string ReadProject() {
 // Deliberately without a trace scope, unlike its siblings.
 bool CTaskAuthModule::IsSupportPlatform(const std::string& project) {
   constexpr const char* kPartName = "CTaskAuthModule::IsSupportPlatform";
+  // Deliberately fixed sizes, whatever this table's are.
   LogInfo(kPartName,
-          "platform_modem_map_size = %d ;sizeof(platform_modem_map) = %d ; "
-          "sizeof(platform_modem_map[0] = %d ; ",
-          static_cast<int>(kPlatformCount), kLoggedTableSize, kLoggedEntrySize);
+          "platform_modem_map_size = %d"
+          " ;sizeof(platform_modem_map) = 1760 ; sizeof(platform_modem_map[0] = 32 ; ",
+          static_cast<int>(kPlatformCount));
   return IsListedPlatform(project);
 }
 
@@ -81,7 +78,7 @@ bool CTaskAuthModule::VerifyPlatform() {
   } else {
     LogInfo(kName, "Get Nuvelta Device HardwareID Faild");
   }
-  LogInfo(kName, "VerifyPlatform return = %s ", allowed ? "true" : "false");
+  LogInfo(kName, allowed ? "VerifyPlatform return = true " : "VerifyPlatform return = false ");
   return allowed;
 }
 

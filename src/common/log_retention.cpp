@@ -77,15 +77,15 @@ void Prune(const std::string& folder, Scan scan) {
     const double age_days = file.age / kSecondsPerDay;
     if (verdict.keep) {
       LogInfo(kName,
-              "dwLogFolderSize: %.03f MB ,max_size  = %.03f MB ;item.time_diff = %.05f day "
-              ",max_diff = %.05f day ,break",
+              "dwLogFolderSize: %.03f MB ,max_size  = %.03f MB ;item.time_diff = %.05f"
+              " day ,max_diff = %.05f day ,break",
               total_mb, kMaxSizeMb, age_days, kMaxAgeDays);
       return;
     }
     if (verdict.too_large) {
       LogInfo(kName,
-              "because dwLogFolderSize: %.03f MB > max_size  = %.03f MB ; delete log file[%d] (%s) "
-              "filesize[%.03f MB] ,after delete dwLogFolderSize = %.03f MB",
+              "because dwLogFolderSize: %.03f MB > max_size  = %.03f MB ; delete log file[%d] (%s"
+              ") filesize[%.03f MB] ,after delete dwLogFolderSize = %.03f MB",
               total_mb, kMaxSizeMb, counter++, file.name.c_str(), Megabytes(file.size),
               Megabytes(scan.total - file.size));
     }

@@ -23,6 +23,11 @@ constexpr const char* kReaderName = "ReadDWORDRegValue";
 // Deliberately the thread's last error, not the status that the call returned.
 int LastError() { return static_cast<int>(platform::Os().threads->GetLastError()); }
 
+int32_t QueryFailed() {
+  LogError(kReaderName, "RegQueryValueEx FAIL ,ERROR code = %d", LastError());
+  return kNotRead;
+}
+
 // The value may have changed since its type and size were asked.
 int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32_t size) {
   platform::Memory& memory = *platform::Os().memory;
@@ -33,12 +38,16 @@ int32_t ReadFirstByte(platform::KeyHandle key, std::u16string_view value, uint32
   if (platform::Os().registry->RegQueryValueExW(key, value, type, buffer, size) !=
           platform::kErrorSuccess ||
       type != platform::kRegDword || size == 0) {
-    LogError(kReaderName, "RegQueryValueEx FAIL ,ERROR code = %d", LastError());
-    return kNotRead;
+    return QueryFailed();
   }
   const auto ret = static_cast<int32_t>(buffer[0]);
   LogError(kReaderName, "RegQueryValueEx success, ret = %d", ret);
   return ret;
+}
+
+bool IsOne(const char* name, int32_t value) {
+  if (value == 1) LogInfo(name, "find reg value is 1,return true");
+  return value == 1;
 }
 
 }  // namespace
@@ -56,8 +65,7 @@ int32_t CommonUtil::ReadDWORDRegValue(int /*unused*/, std::u16string_view subkey
   uint32_t type = platform::kRegDword;
   uint32_t size = 0;
   if (registry.RegQueryValueExW(key, value, type, nullptr, size) != platform::kErrorSuccess) {
-    LogError(kReaderName, "RegQueryValueEx FAIL ,ERROR code = %d", LastError());
-    return kNotRead;
+    return QueryFailed();
   }
   if (type == platform::kRegDword && size != 0) return ReadFirstByte(key, value, size);
   LogError(kReaderName,
@@ -74,11 +82,7 @@ bool CommonUtil::IsEnableServiceLog() {
     LogInfo(kName, "NOT find reg,return true");
     return true;
   }
-  if (value == 1) {
-    LogInfo(kName, "find reg value is 1,return true");
-    return true;
-  }
-  return false;
+  return IsOne(kName, value);
 }
 
 // The two values are deliberately of opposite sense. No trace scope: deliberately
@@ -98,12 +102,9 @@ bool CommonUtil::IsDisableVerify() {
     LogInfo(kName, "NOT find reg REG_KEY_NAME_DISABLE_VERIFY ");
     return false;
   }
-  if (disable == 1) {
-    LogInfo(kName, "find reg value is 1,return true");
-    CFuncTrace::WriteExit(kName);
-    return true;
-  }
-  return false;
+  if (!IsOne(kName, disable)) return false;
+  CFuncTrace::WriteExit(kName);
+  return true;
 }
 
 }  // namespace nuvelta

@@ -45,7 +45,7 @@ bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
     platform::DeviceInfoData device;
     if (!devices.SetupDiEnumDeviceInfo(set, index, device)) {
       const int error = LastError();
-      LogInfo(kName, "SetupDiEnumDeviceInfo return : %d ,error code: %d ", 0, error);
+      LogInfo(kName, "SetupDiEnumDeviceInfo return : 0 ,error code: %d ", error);
       return found;
     }
     // Zero for each device, so that an id without terminator borrows no tail.

@@ -30,7 +30,8 @@ std::string KeepAdapter(const platform::AdapterRecord& adapter) {
           name.c_str(), ToAnsi(adapter.Description).c_str(), ToAnsi(adapter.FriendlyName).c_str());
   // Deliberately only logged: an adapter that is down is accepted too.
   LogInfo(kName,
-          "mbim oper status = %d (1 IfOperStatusUp ; 2 IfOperStatusDown ; 3 IfOperStatusTesting ; "
+          "mbim oper status = %d"
+          " (1 IfOperStatusUp ; 2 IfOperStatusDown ; 3 IfOperStatusTesting ; "
           "4 IfOperStatusUnknown ; 5 IfOperStatusDormant ; 6 IfOperStatusNotPresent ;"
           "7 IfOperStatusLowerLayerDown)",
           static_cast<int>(adapter.OperStatus));
@@ -135,7 +136,7 @@ uint32_t CDeviceHelper::IsNuveltaMBIMDevcieExist(bool& found) {
   }
   if (!IsExpectedDevice(*instance_id)) return 0;
   found = true;
-  LogInfo(kName, "IsNuveltaMBIMDevcieExist %s %s ", kExpectedMbimHwids, "find");
+  LogInfo(kName, "IsNuveltaMBIMDevcieExist %s find ", kExpectedMbimHwids);
   return 1;
 }
 

@@ -65,7 +65,7 @@ void OnDeviceEvent(uint32_t eventType, const void* eventData) {
   std::array<uint32_t, 3> header{};  // dbch_size, dbch_devicetype, dbch_reserved
   std::memcpy(header.data(), eventData, sizeof header);
   if (header[1] != platform::kDbtDevTypDeviceInterface) return;
-  LogInfo(kName, "Device %s. (%s)", arrival ? "Arrival" : "Removal",
+  LogInfo(kName, arrival ? "Device Arrival. (%s)" : "Device Removal. (%s)",
           InterfaceName(eventData, header[0]).c_str());
   // Deliberately any network adapter: the job finds out whether it is the modem.
   if (arrival && g_pNService != nullptr) NService::dealDeviceArrive();

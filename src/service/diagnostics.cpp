@@ -90,8 +90,9 @@ void LogSessions() {
     } else {
       // Deliberately the active session's id seen so far, not this session's.
       LogInfo(kServiceMain,
-              "[%d]SessionNumber is: %d ,wts.State = %d (0 WTSActive ; 1 WTSConnected ;4 "
-              "WTSDisconnected ;9 WTSInit ) , ,pWinStationName = %s ",
+              "[%d]SessionNumber is: %d ,wts.State = %d"
+              " (0 WTSActive ; 1 WTSConnected ;4 WTSDisconnected ;9 WTSInit ) , "
+              ",pWinStationName = %s ",
               static_cast<int>(i), static_cast<int>(active), static_cast<int>(list[i].State),
               name.c_str());
     }

@@ -47,14 +47,13 @@ std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
 
 void LogLogon(const LogonRecord& record, const std::tm& local) {
   LogInfo(kName,
-          "find logon time !! %02d RecordNumber = %d ; Event ID: %08d EventType: %d ; "
-          "EventCategory = %d ; TimeGenerated = %d ;TimeWritten = %d(%04d-%02d-%02d "
-          "%02d:%02d:%02d ) Source: %s",
-          0 /* deliberately constant */, static_cast<int>(record.RecordNumber),
-          static_cast<int>(record.EventID), record.EventType, record.EventCategory,
-          static_cast<int>(record.TimeGenerated), static_cast<int>(record.TimeWritten),
-          local.tm_year + 1900, local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min,
-          local.tm_sec, ToAnsi(record.SourceName).c_str());
+          "find logon time !! 00 RecordNumber = %d ; Event ID: %08d EventType: %d"
+          " ; EventCategory = %d ; TimeGenerated = %d ;TimeWritten = %d"
+          "(%04d-%02d-%02d %02d:%02d:%02d ) Source: %s",
+          static_cast<int>(record.RecordNumber), static_cast<int>(record.EventID), record.EventType,
+          record.EventCategory, static_cast<int>(record.TimeGenerated),
+          static_cast<int>(record.TimeWritten), local.tm_year + 1900, local.tm_mon, local.tm_mday,
+          local.tm_hour, local.tm_min, local.tm_sec, ToAnsi(record.SourceName).c_str());
 }
 
 // Fills the outputs from the newest logon record of an open log; false when the

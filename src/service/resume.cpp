@@ -51,8 +51,8 @@ void OnResume() {
   // deliberately a quick boot.
   if (difference >= kQuickBootThreshold) {
     LogInfo(kName,
-            "PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; g_suspendTime_t - "
-            "logonTime = %" PRId64,
+            "PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume"
+            "; g_suspendTime_t - logonTime = %" PRId64,
             difference);
     if (g_pNService != nullptr) NService::dealSleepResume();
   } else {
@@ -66,8 +66,8 @@ void OnResume() {
 
 uint32_t PowerChanged(void* /*context*/, uint32_t type, const void* /*setting*/) {
   LogInfo(kName,
-          "PowerChanged: Event Type = %d ( 4 PBT_APMSUSPEND; 7 PBT_APMRESUMESUSPEND ; 18 "
-          "PBT_APMRESUMEAUTOMATIC)",
+          "PowerChanged: Event Type = %d"
+          " ( 4 PBT_APMSUSPEND; 7 PBT_APMRESUMESUSPEND ; 18 PBT_APMRESUMEAUTOMATIC)",
           static_cast<int>(type));
   if (type == platform::kPbtApmSuspend) OnSuspend();
   if (type == platform::kPbtApmResumeAutomatic) OnResume();

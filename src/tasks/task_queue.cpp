@@ -17,6 +17,11 @@ int Size(const TaskElement& taskElement) { return static_cast<int>(taskElement.l
 
 constexpr const char* kAddTask = "CTaskManager::addTask";
 
+void LogFound(const char* name, const TaskElement& taskElement) {
+  LogInfo(name, "find taskElement.iPriority = %d; list size = %d ", taskElement.iPriority,
+          Size(taskElement));
+}
+
 }  // namespace
 
 // True when the level holds a task of the same type, which then got the budget.
@@ -39,8 +44,8 @@ bool CTaskManager::MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTa
   } else {
     // Deliberately the same order of values here.
     LogInfo(kAddTask,
-            "find the same task ID, and the retry times(%d) == 0 ,so do not add the new "
-            "task(%d),but add 1 ",
+            "find the same task ID, and the retry times(%d)"
+            " == 0 ,so do not add the new task(%d),but add 1 ",
             pTask->getTaskTypeId(), iRetryTimes);
     ++pQueued->iRetryTimes;
     // The new task is deliberately left allocated and forgotten.
@@ -63,34 +68,37 @@ void CTaskManager::addTask(CTask* pTask) {
   for (auto stored = m_setTaskElement.begin(); stored != m_setTaskElement.end(); ++stored) {
     const TaskElement& taskElement = *stored;
     LogInfo(kAddTask,
-            "taskElement.iPriority = %d(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 "
-            "TASK_PRIORITY_LOW);  list size = %d",
+            "taskElement.iPriority = %d"
+            "(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW)"
+            ";  list size = %d",
             taskElement.iPriority, Size(taskElement));
     if (taskElement.iPriority != pTask->iPriority) continue;
     LogInfo(kAddTask, "find equel priority task Element iPriority = %d; list old size = %d",
             taskElement.iPriority, Size(taskElement));
     if (!MergeIntoDuplicate(taskElement, pTask)) {
       LogInfo(kAddTask,
-              "the same task type id(%d < 100 TASK_TYPE_ID_CHANGE_USB_MODE ; 200 "
-              "TASK_TYPE_ID_CHECK_STATUS ; 300 TASK_TYPE_ID_QUICK_BOOT ; 400 "
-              "TASK_TYPE_ID_UNZIP_FIRMWARE ; 500 TASK_TYPE_ID_UPGRADE ; 600 "
-              "TASK_TYPE_ID_UPGRADE_FROM_EDL ; 700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL>) is not "
-              "exist , add the task",
+              "the same task type id(%d"
+              " < 100 TASK_TYPE_ID_CHANGE_USB_MODE ; 200 TASK_TYPE_ID_CHECK_STATUS ; "
+              "300 TASK_TYPE_ID_QUICK_BOOT ; 400 TASK_TYPE_ID_UNZIP_FIRMWARE ; "
+              "500 TASK_TYPE_ID_UPGRADE ; 600 TASK_TYPE_ID_UPGRADE_FROM_EDL ; "
+              "700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL>) is not exist , add the task",
               pTask->getTaskTypeId());
       AppendToLevel(stored, pTask);
       LogInfo(kAddTask,
-              "find equel priority task Element iPriority = %d; push back new task :%s ,after "
-              "that list size = %d",
+              "find equel priority task Element iPriority = %d"
+              "; push back new task :%s ,after that list size = %d",
               taskElement.iPriority, pTask->getTaskName(), Size(taskElement));
     }
     platform::Os().threads->SetEvent(m_hTaskEvent);
     return;
   }
   LogInfo(kAddTask,
-          "there are not exist iPriority = %d task : %s ,add new TaskElement to set, task type id "
-          "= %d(100 TASK_TYPE_ID_CHANGE_USB_MODE ; 200 TASK_TYPE_ID_CHECK_STATUS ; 300 "
-          "TASK_TYPE_ID_QUICK_BOOT ; 400 TASK_TYPE_ID_UNZIP_FIRMWARE ; 500 TASK_TYPE_ID_UPGRADE ; "
-          "600 TASK_TYPE_ID_UPGRADE_FROM_EDL ; 700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL)",
+          "there are not exist iPriority = %d task : %s"
+          " ,add new TaskElement to set, task type id = %d"
+          "(100 TASK_TYPE_ID_CHANGE_USB_MODE ; 200 TASK_TYPE_ID_CHECK_STATUS ; "
+          "300 TASK_TYPE_ID_QUICK_BOOT ; 400 TASK_TYPE_ID_UNZIP_FIRMWARE ; "
+          "500 TASK_TYPE_ID_UPGRADE ; 600 TASK_TYPE_ID_UPGRADE_FROM_EDL ; "
+          "700 TASK_TYPE_ID_UPGRADE_FROM_NORMAL)",
           pTask->iPriority, pTask->getTaskName(), pTask->getTaskTypeId());
   m_setTaskElement.insert(TaskElement{.iPriority = pTask->iPriority, .lstTask = {pTask}});
   platform::Os().threads->SetEvent(m_hTaskEvent);
@@ -101,8 +109,7 @@ CTask* CTaskManager::getTask() {
   CFuncTrace trace(kName);
   const CriticalSectionLock lock(m_csTask);
   for (const TaskElement& taskElement : m_setTaskElement) {
-    LogInfo(kName, "find taskElement.iPriority = %d; list size = %d ", taskElement.iPriority,
-            Size(taskElement));
+    LogFound(kName, taskElement);
     if (taskElement.lstTask.empty()) continue;
     CTask* pTask = taskElement.lstTask.front();
     LogInfo(kName, "find taskElement.type = %s; ", pTask->getTaskName());
@@ -120,8 +127,7 @@ void CTaskManager::popTask(CTask* pTask) {
   const CriticalSectionLock lock(m_csTask);
   for (auto stored = m_setTaskElement.begin(); stored != m_setTaskElement.end(); ++stored) {
     const TaskElement& taskElement = *stored;
-    LogInfo(kName, "find taskElement.iPriority = %d; list size = %d ", taskElement.iPriority,
-            Size(taskElement));
+    LogFound(kName, taskElement);
     const auto found = std::ranges::find(taskElement.lstTask, pTask);
     if (found == taskElement.lstTask.end()) continue;
     LogInfo(kName, "find the same task,will delete the task %s(%s in list)", pTask->getTaskName(),
@@ -145,8 +151,9 @@ void CTaskManager::printTaskList() {
   for (const TaskElement& taskElement : m_setTaskElement) {
     for (CTask* pTask : taskElement.lstTask) {
       LogInfo(kName,
-              "[%d]:iPriority %d(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 "
-              "TASK_PRIORITY_LOW) %s , retry time = %d",
+              "[%d]:iPriority %d"
+              "(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) %s"
+              " , retry time = %d",
               iNumber++, taskElement.iPriority, pTask->getTaskName(), pTask->iRetryTimes.load());
     }
   }
@@ -162,13 +169,15 @@ bool CTaskManager::cleanNotDealTasks() {
     for (CTask* pTask : taskElement.lstTask) {
       if (pTask->bIsDealing) {
         LogInfo(kName,
-                "[%d]: do not clean dealing task iPriority %d(0 TASK_PRIORITY_HIGH ; 1 "
-                "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) %s  retry times = %d",
+                "[%d]: do not clean dealing task iPriority %d"
+                "(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) %s"
+                "  retry times = %d",
                 iNumber++, taskElement.iPriority, pTask->getTaskName(), pTask->iRetryTimes.load());
       } else {
         LogInfo(kName,
-                "[%d]: clean not dealing task iPriority %d(0 TASK_PRIORITY_HIGH ; 1 "
-                "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) %s retry times = %d",
+                "[%d]: clean not dealing task iPriority %d"
+                "(0 TASK_PRIORITY_HIGH ; 1 TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) %s"
+                " retry times = %d",
                 iNumber++, taskElement.iPriority, pTask->getTaskName(), pTask->iRetryTimes.load());
       }
       // Deliberately for dealing tasks too, whatever the line says.
