@@ -1,5 +1,5 @@
 // Entry and exit lines nest, thread by thread, but for the places at which an exit
-// line is deliberately missing, written twice, or written without an entry.
+// line is missing, written twice, or written without an entry.
 #pragma once
 
 #include <map>

@@ -22,8 +22,8 @@ namespace nuvelta::virtual_notebook {
 
 using Nanoseconds = std::chrono::nanoseconds;
 
-// Thrown out of a blocking call of a thread whose process has been ended.
-// Deliberately no std::exception.
+// Thrown out of a blocking call of a thread whose process has been ended. No
+// std::exception: a handler for those must not swallow it.
 struct ThreadKilled {};
 
 // Something a thread can wait for. Its state is changed only inside

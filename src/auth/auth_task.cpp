@@ -29,7 +29,7 @@ bool CTaskAuthModule::doJob(bool* pbRetry) {
   bIsDealing = true;
   const ScopeExit done([this] { bIsDealing = false; });
   if (!IsModemReady(pbRetry)) return false;
-  // Deliberately a constant, written before the registry is read.
+  // [fixed] before the registry is read, and whatever it holds.
   LogInfo(kName, "ReadIsDisableVerifyReg return -1");
   if (!CommonUtil::IsDisableVerify() && !IsPlatformApproved()) return false;
   return EnableRadio(pbRetry);
@@ -46,14 +46,14 @@ bool CTaskAuthModule::IsModemReady(bool* pbRetry) {
   if (!CMbnWinRtHelper::IsMbimExist()) {
     LogInfo(kName, "MBIM Device is not exist.");
     *pbRetry = true;
-    // Deliberate: the exit line stands twice on this path.
+    // [fixed] the exit line stands twice on this path.
     CFuncTrace::WriteExit(kName);
     return false;
   }
   return true;
 }
 
-// A rejection is final: deliberately no retry.
+// A rejection is final: no retry.
 bool CTaskAuthModule::IsPlatformApproved() {
   if (!VerifyPlatform()) {
     LogError(kName, "Invalid Modem in this platform.");
@@ -61,7 +61,7 @@ bool CTaskAuthModule::IsPlatformApproved() {
   }
   LogInfo(kName, "Valid Modem in this platform.");
   LogInfo(kName, "VerifyPlatform pass");
-  // Deliberately constructed, for the log lines that it writes.
+  // For the log lines that it writes.
   const Systeminfo info;
   if (!Systeminfo::isFccMode()) {
     LogError(kName, "isFccMode = false  , exit");
@@ -77,7 +77,7 @@ bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
   const bool answered = CMbnWinRtHelper::GetMbimCfun(cfun, exceptionRaised);
   if (exceptionRaised) return HandleException(pbRetry);
   if (!answered) {
-    // Deliberately true below, unlike after a failed set.
+    // [fixed] true, unlike after a failed set.
     LogInfo(kName, "get cfun fail,retry");
     *pbRetry = true;
     return true;
@@ -103,7 +103,7 @@ bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
     LogInfo(kName, "SET MBIM FUN SUCCESS!");
     return true;
   }
-  // Deliberately false here, while a failed query returns true.
+  // [fixed] false, unlike after a failed query.
   LogError(kName, "SetMbimCfun failed, will retry!!!");
   *pbRetry = true;
   return false;

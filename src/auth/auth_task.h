@@ -17,7 +17,7 @@ class CTaskAuthModule final : public CTask {
   // adds 1 to iExceptionTimes and 2 to iRetryTimes.
   bool doJob(bool* pbRetry) override;
   const char* getTaskName() override { return "CTaskAuthModule"; }
-  // Deliberately the id that the task list calls "change USB mode".
+  // [fixed] the id that the log's list calls "change USB mode".
   int32_t getTaskTypeId() override { return TASK_TYPE_ID_CHANGE_USB_MODE; }
 
   // True when the platform is not listed, or listed and its modem is allowed.

@@ -16,7 +16,7 @@ constexpr size_t kMachineTypeLength = 4;
 
 }  // namespace
 
-// The spellings are the firmware's, "T14s Gen5" without a blank deliberately so.
+// The spellings are the firmware's, that of "T14s Gen5" without a blank too.
 constexpr std::array<PlatformEntry, kPlatformCount> platform_modem_map{{
     {"ThinkPad L13 Gen 5", kBothModems},
     {"ThinkPad L13 2-in-1 Gen 5", kBothModems},

@@ -19,8 +19,8 @@ inline constexpr size_t kCs24Count = 11;  // the first entries, keyed by name al
 
 extern const std::array<PlatformEntry, kPlatformCount> platform_modem_map;
 
-// True for the name of a CS24 project; deliberately letter case counts here,
-// unlike in the two look-ups below.
+// True for the name of a CS24 project. [fixed] Letter case counts here, unlike in the two
+// look-ups below.
 bool IsCs24ProjectName(std::string_view project);
 
 // The key of a newer platform: its name, an underscore and the machine type, the

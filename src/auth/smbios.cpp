@@ -71,7 +71,7 @@ std::string_view ResolveString(const SmbiosTable& table, const SmbiosStructure& 
                                uint8_t number) {
   size_t offset = structure.offset + structure.length;
   if (number == 0 || table.At(offset) == 0) return {};
-  // Deliberately not checked against the count of strings in the set.
+  // [fixed] not held against the count of strings in the set.
   for (uint8_t skipped = 1; skipped < number; ++skipped) offset += table.Text(offset).size() + 1;
   return table.Text(offset);
 }
@@ -79,7 +79,7 @@ std::string_view ResolveString(const SmbiosTable& table, const SmbiosStructure& 
 std::optional<FccContent> FindFccContent(const SmbiosTable& table) {
   for (size_t offset = 0; offset < table.End();) {
     const SmbiosStructure structure = StructureAt(table, offset);
-    // Deliberately the first of its type only, and of exactly this length.
+    // [fixed] a later one does not count when the first has another length.
     if (structure.type != kFccType) {
       offset = NextOffset(table, structure);
       continue;
@@ -98,7 +98,7 @@ std::optional<FccContent> FindFccContent(const SmbiosTable& table) {
 bool IsFccContent(const SmbiosTable& table, const FccContent& content,
                   std::span<const uint8_t> marker) {
   if (!content.closed || content.length != marker.size()) return false;
-  // The last byte of the marker is deliberately not compared.
+  // [fixed] the last byte of the marker is not compared.
   for (size_t index = 0; index + 1 < marker.size(); ++index) {
     const char left = ToLower(static_cast<char>(table.At(content.offset + index)));
     const char right = ToLower(static_cast<char>(marker[index]));

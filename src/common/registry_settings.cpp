@@ -16,11 +16,11 @@ namespace {
 constexpr std::u16string_view kLogsKey = u"SOFTWARE\\Nuvelta Wireless Inc\\Logs";
 constexpr std::u16string_view kServiceKey = u"SOFTWARE\\Nuvelta Wireless Inc\\MAService";
 constexpr int32_t kNotRead = -1;
-// Deliberately without the class, unlike the trace scope's name. All lines under
-// it are deliberately at error level, the success line included.
+// [fixed] without the class, unlike the trace scope's name; every line under it at error
+// level, the success line included.
 constexpr const char* kReaderName = "ReadDWORDRegValue";
 
-// Deliberately the thread's last error, not the status that the call returned.
+// [fixed] the thread's last error, not the status that the call returned.
 int LastError() { return static_cast<int>(platform::Os().threads->GetLastError()); }
 
 int32_t QueryFailed() {
@@ -85,8 +85,8 @@ bool CommonUtil::IsEnableServiceLog() {
   return IsOne(kName, value);
 }
 
-// The two values are deliberately of opposite sense. No trace scope: deliberately
-// only an exit line, and only before true.
+// [fixed] the two values are of opposite sense; no trace scope, but an exit line before
+// true.
 bool CommonUtil::IsDisableVerify() {
   constexpr const char* kName = "CommonUtil::IsDisableVerify";
   const int32_t support = ReadDWORDRegValue(0, kServiceKey, u"SupportVerifyPlatform");

@@ -37,7 +37,7 @@ void CMbnWinRtHelper::InitMobileBroadbandAccountWatcher() {
   constexpr const char* kName = "CMbnWinRtHelper::InitMobileBroadbandAccountWatcher";
   const CFuncTrace trace(kName);
   m_watcher = platform::Os().mobile_broadband->CreateAccountWatcher();
-  // The tokens are deliberately not kept: the handlers stay for good.
+  // The tokens are not kept: the handlers stay for good.
   const int64_t added = NotNull(m_watcher)->AccountAdded([this] { AccountAddedHandler(); });
   LogInfo(kName, "event add token = %d\n", LogToken(added));
   const int64_t removed = m_watcher->AccountRemoved(&CMbnWinRtHelper::AccountRemovedHandler);
@@ -50,7 +50,7 @@ void CMbnWinRtHelper::StartMobileBroadbandAccountWatcher() {
   constexpr const char* kName = "CMbnWinRtHelper::StartMobileBroadbandAccountWatcher";
   const CFuncTrace trace(kName);
   try {
-    // Deliberately asked twice: the watcher may finish its enumeration between.
+    // Asked twice: the watcher may finish its enumeration between.
     if (NotNull(m_watcher)->Status() == platform::WatcherStatus::kStarted ||
         m_watcher->Status() == platform::WatcherStatus::kEnumerationCompleted) {
       LogInfo(kName, "Watcher is already started.");

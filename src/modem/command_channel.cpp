@@ -81,8 +81,7 @@ bool IsVendorService(std::string_view id) {
   return written > 0 && EqualIgnoreCase(narrow, kVendorServiceText);
 }
 
-// Deliberately goes through the whole list even after a match: the log shows
-// every service.
+// Goes through the whole list even after a match: the log shows every service.
 bool HasVendorService(platform::Modem& modem) {
   bool found = false;
   const std::shared_ptr<platform::DeviceServiceList> services = modem.DeviceServices();
@@ -171,7 +170,7 @@ bool QueryCfun(platform::CommandSession& session, int32_t& cfun) {
       done = true;
     }
   }
-  // Deliberately also after a time-out, without a cancel.
+  // [fixed] also after a time-out, without a cancel.
   session.CloseSession();
   return done;
 }
@@ -192,7 +191,7 @@ bool SendCfun(platform::CommandSession& session) {
     if (done) {
       LogInfo(kSetName, "set cfun successful.");
     } else {
-      // Deliberately decimal here and hexadecimal in the query.
+      // [fixed] decimal, unlike in the query.
       LogInfo(kSetName, "result status code = %d\n", static_cast<int>(code));
     }
   }
@@ -224,7 +223,7 @@ bool CMbnWinRtHelper::GetMbimCfun(int32_t& cfun, bool& exceptionRaised) {
     if (!HasVendorService(*modem)) {
       LogInfo(kGetName, "module current version not support MA,return");
       cfun = kNoVendorService;
-      // Deliberate: this one return leaves no exit line.
+      // [fixed] this one return leaves no exit line.
       trace.Dismiss();
       return false;
     }
@@ -237,8 +236,8 @@ bool CMbnWinRtHelper::GetMbimCfun(int32_t& cfun, bool& exceptionRaised) {
   return false;
 }
 
-// Deliberately without a look at the service list and without the session line,
-// and with its failures, apart from a missing modem, at info level.
+// [fixed] no look at the service list and no session line; its failures, apart from a
+// missing modem, at info level.
 bool CMbnWinRtHelper::SetMbimCfun(bool& exceptionRaised) {
   const CFuncTrace trace(kSetName);
   exceptionRaised = false;

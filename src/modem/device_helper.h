@@ -11,7 +11,7 @@ class CDeviceHelper {
   // Is the maker's modem present as an MBIM network adapter? Only the first
   // mobile-broadband adapter is examined. Returns 1 and sets `found` when it is;
   // returns 0 and leaves `found` alone otherwise: clear it beforehand.
-  // The spelling "Devcie" is deliberate, here and in the log.
+  // [fixed] The spelling "Devcie", here and in the log.
   static uint32_t IsNuveltaMBIMDevcieExist(bool& found);
 
   // Writes the hardware id of the maker's device, NUL-terminated, into `hwid`:

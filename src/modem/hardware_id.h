@@ -17,8 +17,8 @@ inline constexpr const char* kExpectedMbimHwids =
 // number is cut off. A shorter id is kept whole.
 std::string_view CutMbimHwid(std::string_view instance_id);
 
-// True when the id occurs anywhere in kExpectedMbimHwids. Deliberately letter
-// case counts, and a part of an entry is enough.
+// True when the id occurs anywhere in kExpectedMbimHwids. [fixed] Letter case counts,
+// and a part of an entry is enough.
 bool IsExpectedMbimHwid(std::string_view mbim_hwid);
 
 // Whose device a hardware id names. Letter case counts.

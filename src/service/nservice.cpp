@@ -39,7 +39,7 @@ void NService::dealQuickBoot() {
   AddAuthenticationTask(QueuedTasks::kClean);
 }
 
-// Deliberately without a trace scope, unlike its twin.
+// [fixed] no trace scope, unlike its twin.
 void NService::dealSleepResume() { AddAuthenticationTask(QueuedTasks::kClean); }
 
 }  // namespace nuvelta

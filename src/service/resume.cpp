@@ -39,7 +39,7 @@ void OnResume() {
   std::array<char, 56> timeText{};
   int64_t logonTime = 0;
   getLastLogTime(timeText, logonTime);
-  // The Chinese words ("system start-up time") are deliberately in code page 936.
+  // [fixed] the Chinese words ("system start-up time"), in code page 936.
   LogInfo(kName,
           "PBT_APMRESUMEAUTOMATIC \xCF\xB5\xCD\xB3\xBF\xAA\xBB\xFA\xCA\xB1\xBC\xE4"
           " = %s ; logonTime = %" PRId64,
@@ -47,8 +47,8 @@ void OnResume() {
   LogInfo(kName, "PBT_APMRESUMEAUTOMATIC g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
           g_szSuspendTime.data(), g_suspendTime_t);
   const int64_t difference = g_suspendTime_t - logonTime;
-  // No suspend seen yet, or a logon after it, makes the difference negative:
-  // deliberately a quick boot.
+  // [fixed] no suspend seen yet, or a logon after it, makes the difference negative:
+  // a quick boot.
   if (difference >= kQuickBootThreshold) {
     LogInfo(kName,
             "PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume"

@@ -40,7 +40,7 @@ void RegisterUsbDeviceNotification() {
 
 void RegisterNotifications() {
   platform::ServiceControl& control = *platform::Os().service_control;
-  // Deliberately unchecked: the battery level is only logged.
+  // Unchecked: the battery level is only logged.
   control.RegisterPowerSettingNotification(g_hServiceStatus,
                                            platform::kGuidBatteryPercentageRemaining,
                                            platform::kDeviceNotifyServiceHandle);
@@ -84,7 +84,7 @@ int ServiceProcessMain() {
   LogInfo(kMain, "N auth Service: Main: Entry");
   LogInfo(kMain, "build at %s  %s", __DATE__, __TIME__);
   if (platform::Os().service_control->StartServiceCtrlDispatcherW(kServiceName, ServiceMain)) {
-    // Deliberately "Monitor", unlike the entry line.
+    // [fixed] "Monitor", unlike the entry line.
     LogInfo(kMain, "N auth Monitor Service: Main: Exit");
     return 0;
   }

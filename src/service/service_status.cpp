@@ -48,7 +48,7 @@ void InitServiceStatus() {
 void ReportServiceStatus(uint32_t currentState, uint32_t /*win32ExitCode*/, uint32_t waitHintMs) {
   constexpr const char* kName = "ReportServiceStatus";
   const CFuncTrace trace(kName);
-  // Deliberately the same set in every other state, the stopped one included.
+  // [fixed] the same set in every other state, the stopped one included.
   const uint32_t controls =
       currentState == platform::kServiceStartPending
           ? 0

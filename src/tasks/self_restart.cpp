@@ -53,7 +53,7 @@ bool Enumerate(platform::ManagerHandle manager, void* buffer, uint32_t size, uin
 }
 
 // The command kills this process moments later, so the process handle that the
-// launch leaves is deliberately neither waited for nor closed.
+// launch leaves is neither waited for nor closed.
 bool Launch(std::u16string_view parameters) {
   platform::ShellExecuteInfo info;
   info.fMask = platform::kSeeMaskNoCloseProcess;

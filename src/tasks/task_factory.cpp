@@ -14,7 +14,7 @@ constexpr int32_t kFirstRetryTimes = 30;
 
 CTask* CTaskFactory::createTask(CTaskManager* pTaskManager) {
   constexpr const char* kName = "CTaskFactory::createTask";
-  // Deliberately no exit line.
+  // [fixed] no exit line.
   CFuncTrace::WriteEntry(kName);
   LogInfo(kName, "CTaskFactory createTask TASK_TYPE_AUTH");
   auto* pTask = new (std::nothrow) CTaskAuthModule();

@@ -33,7 +33,7 @@ bool CTaskManager::MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTa
   CTask* pQueued = *found;
   const int32_t iRetryTimes = pQueued->iRetryTimes;
   if (iRetryTimes != 0) {
-    // Deliberately the type id under "retry times" and the retry times behind it.
+    // [fixed] the type id under "retry times", the retry times behind it.
     LogInfo(kAddTask,
             "find the same task ID, and the retry times(%d) != 0 ,so do not add the new task(%d)",
             pTask->getTaskTypeId(), iRetryTimes);
@@ -42,13 +42,13 @@ bool CTaskManager::MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTa
     ++pQueued->iRetryTimes;
     CTask::Destroy(pTask);
   } else {
-    // Deliberately the same order of values here.
+    // [fixed] the same two values.
     LogInfo(kAddTask,
             "find the same task ID, and the retry times(%d)"
             " == 0 ,so do not add the new task(%d),but add 1 ",
             pTask->getTaskTypeId(), iRetryTimes);
     ++pQueued->iRetryTimes;
-    // The new task is deliberately left allocated and forgotten.
+    // [fixed] the new task is left allocated and forgotten.
   }
   return true;
 }
@@ -114,7 +114,7 @@ CTask* CTaskManager::getTask() {
     CTask* pTask = taskElement.lstTask.front();
     LogInfo(kName, "find taskElement.type = %s; ", pTask->getTaskName());
     LogInfo(kName, "after  front list size = %d; ", Size(taskElement));
-    // Deliberately no exit line when a task is returned.
+    // [fixed] no exit line when a task is returned.
     trace.Dismiss();
     return pTask;
   }
@@ -180,7 +180,7 @@ bool CTaskManager::cleanNotDealTasks() {
                 " retry times = %d",
                 iNumber++, taskElement.iPriority, pTask->getTaskName(), pTask->iRetryTimes.load());
       }
-      // Deliberately for dealing tasks too, whatever the line says.
+      // [fixed] for dealing tasks too, whatever the line says.
       pTask->iRetryTimes = 0;
     }
   }

