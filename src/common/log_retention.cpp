@@ -19,8 +19,8 @@ namespace {
 constexpr const char* kName = "DeleteFileWhileExceedMaxSizeAndTime";
 constexpr size_t kPathSize = 260;
 constexpr double kSecondsPerDay = 86400;
-constexpr double kMaxSizeMb = 100;
-constexpr double kMaxAgeDays = 90;
+constexpr int64_t kMaxFolderSize = 100 * 1048576;  // bytes
+constexpr double kMaxAge = 90 * kSecondsPerDay;
 
 double Megabytes(int64_t bytes) { return static_cast<double>(bytes) / 1048576.0; }
 
@@ -79,20 +79,20 @@ void Prune(const std::string& folder, Scan scan) {
       LogInfo(kName,
               "dwLogFolderSize: %.03f MB ,max_size  = %.03f MB ;item.time_diff = %.05f"
               " day ,max_diff = %.05f day ,break",
-              total_mb, kMaxSizeMb, age_days, kMaxAgeDays);
+              total_mb, Megabytes(kMaxFolderSize), age_days, kMaxAge / kSecondsPerDay);
       return;
     }
     if (verdict.too_large) {
       LogInfo(kName,
               "because dwLogFolderSize: %.03f MB > max_size  = %.03f MB ; delete log file[%d] (%s"
               ") filesize[%.03f MB] ,after delete dwLogFolderSize = %.03f MB",
-              total_mb, kMaxSizeMb, counter++, file.name.c_str(), Megabytes(file.size),
-              Megabytes(scan.total - file.size));
+              total_mb, Megabytes(kMaxFolderSize), counter++, file.name.c_str(),
+              Megabytes(file.size), Megabytes(scan.total - file.size));
     }
     if (verdict.too_old) {
       LogInfo(kName,
               "because item.time_diff[%.05f day] > max_diff[%.05f day] ; delete log file[%d] (%s)",
-              age_days, kMaxAgeDays, counter++, file.name.c_str());
+              age_days, kMaxAge / kSecondsPerDay, counter++, file.name.c_str());
     }
     // [fixed] also when neither reason holds, at the exact limits.
     DeleteLogFile(folder, file.name);
@@ -111,9 +111,9 @@ bool DeletionOrder::operator()(const LogFileRecord& left, const LogFileRecord& r
 
 RetentionVerdict JudgeOldest(int64_t total, double age) {
   RetentionVerdict verdict;
-  verdict.keep = total < kMaxLogFolderSize && age < kMaxLogAge;
-  verdict.too_large = total > kMaxLogFolderSize;
-  verdict.too_old = age > kMaxLogAge;
+  verdict.keep = total < kMaxFolderSize && age < kMaxAge;
+  verdict.too_large = total > kMaxFolderSize;
+  verdict.too_old = age > kMaxAge;
   return verdict;
 }
 

@@ -7,9 +7,6 @@
 
 namespace nuvelta {
 
-inline constexpr int64_t kMaxLogFolderSize = 0x6400000;  // bytes
-inline constexpr double kMaxLogAge = 7776000;            // seconds, 90 days
-
 struct LogFileRecord {
   double age = 0;    // seconds since the last write
   int64_t size = 0;  // bytes
