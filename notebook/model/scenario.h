@@ -12,14 +12,12 @@
 #include <vector>
 
 #include "platform/types.h"
+#include "platform/vendor_service.h"
 
 namespace nuvelta::virtual_notebook {
 
 using Duration = std::chrono::nanoseconds;
 
-// The vendor device service of the modem family.
-inline constexpr platform::Guid kVendorService{
-    0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x11}};
 // An SMS service, as an example of the other services that modems list.
 inline constexpr platform::Guid kSmsService{
     0x533FBEEB, 0x14FE, 0x4467, {0x9F, 0x90, 0x33, 0xA2, 0x23, 0xE5, 0x6C, 0x3F}};
@@ -91,7 +89,7 @@ struct ModemDescription {
   uint32_t oper_status = 2;
   bool mbim = true;   // MobileBroadbandModem::GetDefault answers it
   int32_t radio = 4;  // CFUN
-  std::vector<platform::Guid> device_services{kSmsService, kVendorService};
+  std::vector<platform::Guid> device_services{kSmsService, platform::kVendorService};
   Duration latency = std::chrono::milliseconds(20);
   std::vector<Answer> query;
   std::vector<Answer> set;

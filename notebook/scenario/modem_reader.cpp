@@ -52,7 +52,8 @@ Answer ReadAnswerObject(const JsonCursor& at) {
   return answer;
 }
 
-constexpr std::array kServiceWords{Word{"vendor", kVendorService}, Word{"sms", kSmsService}};
+constexpr std::array kServiceWords{Word{"vendor", platform::kVendorService},
+                                   Word{"sms", kSmsService}};
 
 }  // namespace
 

@@ -16,8 +16,6 @@ namespace {
 
 constexpr const char* kName = "CTaskAuthModule::doJob";
 
-constexpr int32_t kNotReady = -2;
-constexpr int32_t kNotSupported = -1;
 constexpr int32_t kRadioOn = 1;
 
 static_assert(std::is_trivially_destructible_v<CTaskAuthModule>);
@@ -72,7 +70,7 @@ bool CTaskAuthModule::IsPlatformApproved() {
 }
 
 bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
-  int32_t cfun = kNotReady;
+  int32_t cfun = kCfunNotReady;
   bool exceptionRaised = false;
   const bool answered = CMbnWinRtHelper::GetMbimCfun(cfun, exceptionRaised);
   if (exceptionRaised) return HandleException(pbRetry);
@@ -83,12 +81,12 @@ bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
     return true;
   }
   LogInfo(kName, "Current CFUN = %d (4 QUERY_CFUN_0 ;-1 NOT SUPPORT MA)", cfun);
-  if (cfun == kNotSupported) {
+  if (cfun == kCfunNotSupported) {
     LogInfo(kName, "module not support ma,return");
     *pbRetry = false;
     return true;
   }
-  if (cfun == kNotReady) {
+  if (cfun == kCfunNotReady) {
     LogInfo(kName, "CFUN = %d, mbim not ready ,will retry", cfun);
     *pbRetry = true;
     return true;

@@ -13,6 +13,7 @@
 #include "platform/mobile_broadband.h"
 #include "platform/platform.h"
 #include "platform/text.h"
+#include "platform/vendor_service.h"
 
 namespace nuvelta {
 
@@ -22,19 +23,12 @@ constexpr const char* kExistName = "CMbnWinRtHelper::IsMbimExist";
 constexpr const char* kGetName = "CMbnWinRtHelper::GetMbimCfun";
 constexpr const char* kSetName = "CMbnWinRtHelper::SetMbimCfun";
 
-constexpr platform::Guid kVendorService{
-    0x11223344, 0x5566, 0x7788, {0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF, 0x11}};
-constexpr const char* kVendorServiceText = "{11223344-5566-7788-99AA-BBCCDDEEFF11}";
-
 constexpr uint32_t kCfunCommand = 1;  // for query and set alike
 constexpr std::array<uint8_t, 1> kQueryPayload{0};
 constexpr std::array<uint8_t, 4> kSetPayload{1, 0, 0, 0};  // level 1, little-endian
 constexpr int32_t kSetLevel = 1;
 constexpr uint32_t kCommandTimeout = 2000;  // milliseconds
 constexpr uint32_t kResponseSize = 4;
-
-constexpr int32_t kNoModem = -2;
-constexpr int32_t kNoVendorService = -1;
 
 const char* StatusName(platform::AsyncStatus status) {
   static constexpr std::array<const char*, 4> kNames{"Started", "Completed", "Canceled", "Error"};
@@ -78,7 +72,7 @@ bool IsVendorService(std::string_view id) {
   const std::u16string wide(id.begin(), id.end());
   std::string narrow(wide.size(), ' ');
   const int written = platform::Os().text->WideCharToMultiByte(wide, narrow);
-  return written > 0 && EqualIgnoreCase(narrow, kVendorServiceText);
+  return written > 0 && EqualIgnoreCase(narrow, platform::kVendorServiceText);
 }
 
 // Goes through the whole list even after a match: the log shows every service.
@@ -90,7 +84,7 @@ bool HasVendorService(platform::Modem& modem) {
     const GuidText id = ToText(NotNull(services->GetAt(index))->DeviceServiceId());
     LogInfo(kGetName, "device sevice: %s\n", id.data());
     if (!IsVendorService(id.data())) continue;
-    LogInfo(kGetName, "find service : %s ,support MA", kVendorServiceText);
+    LogInfo(kGetName, "find service : %s ,support MA", platform::kVendorServiceText);
     found = true;
   }
   return found;
@@ -107,11 +101,11 @@ Channel OpenChannel(platform::Modem& modem, const char* name, int failure_level)
   CLogger& logger = CLogger::GetInstance();
   Channel channel;
   LogInfo(name, "+Get GetDeviceService");
-  channel.service = modem.GetDeviceService(kVendorService);
+  channel.service = modem.GetDeviceService(platform::kVendorService);
   LogInfo(name, "-Get GetDeviceService");
   if (channel.service == nullptr) {
     logger.WriteLog(failure_level, name, "GetDeviceService() failed. qbi_uuid =%s",
-                    kVendorServiceText);
+                    platform::kVendorServiceText);
     return channel;
   }
   LogInfo(name, "+OpenCommandSession");
@@ -217,12 +211,12 @@ bool CMbnWinRtHelper::GetMbimCfun(int32_t& cfun, bool& exceptionRaised) {
   try {
     const std::shared_ptr<platform::Modem> modem = GetModem(kGetName);
     if (modem == nullptr) {
-      cfun = kNoModem;
+      cfun = kCfunNotReady;
       return false;
     }
     if (!HasVendorService(*modem)) {
       LogInfo(kGetName, "module current version not support MA,return");
-      cfun = kNoVendorService;
+      cfun = kCfunNotSupported;
       // [fixed] this one return leaves no exit line.
       trace.Dismiss();
       return false;

@@ -11,6 +11,10 @@ namespace platform {
 class AccountWatcher;
 }
 
+// Functionality levels that no modem has.
+inline constexpr int32_t kCfunNotReady = -2;
+inline constexpr int32_t kCfunNotSupported = -1;
+
 class CMbnWinRtHelper {
  public:
   // The command channel. No state, no exception leaves these three.
@@ -19,9 +23,9 @@ class CMbnWinRtHelper {
   static bool IsMbimExist();
 
   // Asks the modem for its functionality level, at most 2 seconds. True only
-  // when `cfun` holds the modem's answer; writes -2 without a modem and -1 when
-  // the modem lacks the vendor service, else leaves it alone. `exceptionRaised`
-  // tells whether a platform call threw.
+  // when `cfun` holds the modem's answer; writes kCfunNotReady without a modem and
+  // kCfunNotSupported when the modem lacks the vendor service, else leaves it alone.
+  // `exceptionRaised` tells whether a platform call threw.
   static bool GetMbimCfun(int32_t& cfun, bool& exceptionRaised);
 
   // Sets the modem's functionality level to 1, at most 2 seconds. True only when
