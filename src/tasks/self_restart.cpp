@@ -1,10 +1,9 @@
-// The restart of the service from outside: an elevated command interpreter kills
-// this process and starts the service again.
+#include "tasks/self_restart.h"
+
 #include <algorithm>
 #include <array>
 #include <string>
 
-#include "common/common_util.h"
 #include "common/func_trace.h"
 #include "common/logger.h"
 #include "common/scope_exit.h"

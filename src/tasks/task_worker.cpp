@@ -1,5 +1,4 @@
 // The worker thread of the task manager.
-#include "common/common_util.h"
 #include "common/ctask.h"
 #include "common/func_trace.h"
 #include "common/logger.h"
@@ -7,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/platform.h"
 #include "platform/threads.h"
+#include "tasks/self_restart.h"
 #include "tasks/task_manager.h"
 
 namespace nuvelta {
