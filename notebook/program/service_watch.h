@@ -9,11 +9,11 @@
 
 namespace nuvelta::story {
 
-class ServiceWatch final : public LogListener {
+class ServiceWatch final : public LogListenerForSimulation {
  public:
   // Listens as long as it lives; one at a time in a process.
-  ServiceWatch() { CLogger::GetInstance().Listen(this); }
-  ~ServiceWatch() override { CLogger::GetInstance().Listen(nullptr); }
+  ServiceWatch() { CLogger::GetInstance().ListenForSimulation(this); }
+  ~ServiceWatch() override { CLogger::GetInstance().ListenForSimulation(nullptr); }
   ServiceWatch(const ServiceWatch&) = delete;
   ServiceWatch& operator=(const ServiceWatch&) = delete;
 

@@ -27,8 +27,8 @@ VirtualMachine::Options MachineOptions(const Scenario& scenario, const Options& 
 
 virtual_notebook::Program ServiceProgram() {
   return {.main = [] { return static_cast<uint32_t>(ServiceProcessMain()); },
-          .mute = [] { CLogger::GetInstance().Mute(); },
-          .make_afresh = MakeProcessStateAfresh,
+          .mute = [] { CLogger::GetInstance().MuteForSimulation(); },
+          .make_afresh = MakeProcessStateAfreshForSimulation,
           .log_folder = BuildLogFolderPath,
           .log_prefix = kLogFilePrefix,
           .log_suffix = kLogFileSuffix};

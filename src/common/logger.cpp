@@ -102,7 +102,7 @@ void CLogger::WriteLogV(int iLevel, const char* pszFunction, const char* pszForm
   const std::lock_guard lock(m_mutex);
   if (iLevel < kLogError || iLevel > kLogTrace || m_bMuted) return;
   const LevelRow& row = kLevels[static_cast<size_t>(iLevel)];
-  LogListener* const pListener = m_pListener;
+  LogListenerForSimulation* const pListener = m_pListener;
   const bool bLogged = m_logger != nullptr && m_logger->should_log(row.level);
   if (!bLogged && pListener == nullptr) return;
 
@@ -129,13 +129,13 @@ void CLogger::WriteTraceScope(char sign, const char* pszFuncName) {
 }
 
 void CLogger::OnLost(const std::string& why) {
-  LogListener* const pListener = m_pListener;
+  LogListenerForSimulation* const pListener = m_pListener;
   if (pListener != nullptr) pListener->OnLost(why);
 }
 
-void CLogger::Mute() { m_bMuted = true; }
+void CLogger::MuteForSimulation() { m_bMuted = true; }
 
-void CLogger::MakeAfresh() {
+void CLogger::MakeAfreshForSimulation() {
   m_logger.reset();
   m_bMuted = false;
   spdlog::shutdown();

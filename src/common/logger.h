@@ -34,11 +34,14 @@ inline constexpr int kLogInfoToo = 4;  // writes exactly like level 2
 inline constexpr int kLogBare = 5;     // the message alone, as an info record
 inline constexpr int kLogTrace = 6;
 
-// Hears what the service says, for those who play it: the log can be switched off,
-// cut by retention or short of disk. Nobody listens in the service that ships.
-class LogListener {
+// A name that ends in ForSimulation, here as in every header, is for the virtual notebook,
+// which plays many lives of the service in one process. The service that ships calls none.
+
+// Hears what the service says: the log can be switched off, cut by retention or short of
+// disk.
+class LogListenerForSimulation {
  public:
-  virtual ~LogListener() = default;
+  virtual ~LogListenerForSimulation() = default;
   // A message of WriteLog, whether or not it is logged. Called under the logger's
   // mutex.
   virtual void OnMessage(std::string_view message) = 0;
@@ -51,8 +54,8 @@ class CLogger {
  public:
   static CLogger& GetInstance();
 
-  // Null: nobody. Outlives MakeAfresh; to be called while no thread logs.
-  void Listen(LogListener* pListener) { m_pListener = pListener; }
+  // Null: nobody. Outlives MakeAfreshForSimulation; to be called while no thread logs.
+  void ListenForSimulation(LogListenerForSimulation* pListener) { m_pListener = pListener; }
 
   // Creates the log folder, the time-stamped file and the logger, asks the
   // registry whether to write, and starts log retention on a thread of its own.
@@ -70,18 +73,18 @@ class CLogger {
   // Queues a trace-scope line, `sign` '+' or '-', without WriteLog's mutex.
   void WriteTraceScope(char sign, const char* pszFuncName);
 
-  // Writes nothing until MakeAfresh; safe on any thread.
-  void Mute();
+  // Writes nothing until MakeAfreshForSimulation; safe on any thread.
+  void MuteForSimulation();
   // Writes out what is queued and forgets the logger, as at the start of a
   // process. No other thread may log.
-  void MakeAfresh();
+  void MakeAfreshForSimulation();
 
  private:
   CLogger() = default;
 
   void OnLost(const std::string& why);
 
-  std::atomic<LogListener*> m_pListener = nullptr;
+  std::atomic<LogListenerForSimulation*> m_pListener = nullptr;
   std::atomic<bool> m_bMuted = false;
   std::mutex m_mutex;
   std::shared_ptr<spdlog::logger> m_logger;

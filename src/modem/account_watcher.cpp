@@ -76,7 +76,7 @@ void CMbnWinRtHelper::AccountEnumHandler() {
   const CFuncTrace trace("CMbnWinRtHelper::AccountEnumHandler");
 }
 
-void CMbnWinRtHelper::MakeAfresh() {
+void CMbnWinRtHelper::MakeAfreshForSimulation() {
   m_watcher.reset();
   m_onAccountAdded = nullptr;
   m_bInitialised = false;

@@ -44,7 +44,7 @@ class CMbnWinRtHelper {
 
   // Forgets watcher and flag, as at the start of a process. Call it only while
   // no thread of the service or of the platform runs.
-  void MakeAfresh();
+  void MakeAfreshForSimulation();
 
  private:
   CMbnWinRtHelper() = default;

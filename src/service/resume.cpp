@@ -74,7 +74,7 @@ uint32_t PowerChanged(void* /*context*/, uint32_t type, const void* /*setting*/)
   return 1;
 }
 
-void MakeSuspendTimeAfresh() {
+void MakeSuspendTimeAfreshForSimulation() {
   g_szSuspendTime.fill('\0');
   g_suspendTime_t = 0;
 }

@@ -18,6 +18,6 @@ uint32_t PowerChanged(void* context, uint32_t type, const void* setting);
 bool getLastLogTime(std::span<char> timeText, int64_t& logonTime);
 
 // Forgets the last suspend, as at the start of a process.
-void MakeSuspendTimeAfresh();
+void MakeSuspendTimeAfreshForSimulation();
 
 }  // namespace nuvelta

@@ -13,12 +13,12 @@ std::atomic<platform::StatusHandle> g_hServiceStatus{};
 std::atomic<platform::EventHandle> g_hServiceStopEvent{};
 std::atomic<platform::NotifyHandle> g_hSuspendResumeNotify{};
 
-void MakeProcessStateAfresh() {
-  CTaskManager::MakeAfresh();
-  CMbnWinRtHelper::GetInstance().MakeAfresh();
-  CLogger::GetInstance().MakeAfresh();
-  MakeStatusAfresh();
-  MakeSuspendTimeAfresh();
+void MakeProcessStateAfreshForSimulation() {
+  CTaskManager::MakeAfreshForSimulation();
+  CMbnWinRtHelper::GetInstance().MakeAfreshForSimulation();
+  CLogger::GetInstance().MakeAfreshForSimulation();
+  MakeStatusAfreshForSimulation();
+  MakeSuspendTimeAfreshForSimulation();
   g_pNService = nullptr;
   g_hServiceStatus = platform::StatusHandle{};
   g_hServiceStopEvent = platform::EventHandle{};

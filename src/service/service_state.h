@@ -17,6 +17,6 @@ extern std::atomic<platform::NotifyHandle> g_hSuspendResumeNotify;
 // Makes everything process-wide afresh, as at the start of a process: logger,
 // watcher, task manager and the globals of the service. No thread of the
 // service may run.
-void MakeProcessStateAfresh();
+void MakeProcessStateAfreshForSimulation();
 
 }  // namespace nuvelta

@@ -64,7 +64,7 @@ void ReportServiceStatus(uint32_t currentState, uint32_t /*win32ExitCode*/, uint
   platform::Os().service_control->SetServiceStatus(g_hServiceStatus, Snapshot());
 }
 
-void MakeStatusAfresh() {
+void MakeStatusAfreshForSimulation() {
   g_ServiceStatus.dwServiceType = 0;
   g_ServiceStatus.dwCurrentState = 0;
   g_ServiceStatus.dwControlsAccepted = 0;

@@ -14,6 +14,6 @@ void InitServiceStatus();
 void ReportServiceStatus(uint32_t currentState, uint32_t win32ExitCode, uint32_t waitHintMs);
 
 // The record and the check-point counter as at the start of a process.
-void MakeStatusAfresh();
+void MakeStatusAfreshForSimulation();
 
 }  // namespace nuvelta

@@ -49,7 +49,7 @@ class CTaskManager {
   static uint32_t dealTaskThread(void* pParam);
 
   // Forgets the manager, as at the start of a process. No thread may use it.
-  static void MakeAfresh();
+  static void MakeAfreshForSimulation();
 
   CTaskManager(const CTaskManager&) = delete;
   CTaskManager& operator=(const CTaskManager&) = delete;

@@ -52,7 +52,7 @@ CTaskManager* CTaskManager::GetTaskManagerInstance() {
   return g_pTaskManager;
 }
 
-void CTaskManager::MakeAfresh() {
+void CTaskManager::MakeAfreshForSimulation() {
   delete g_pTaskManager.exchange(nullptr);
   g_creationLock = {};
   g_bWatcherSetUp = false;

@@ -67,7 +67,7 @@ class LogUnderTest {
     Open();
   }
   ~LogUnderTest() {
-    CLogger::GetInstance().MakeAfresh();
+    CLogger::GetInstance().MakeAfreshForSimulation();
     close(m_file);
   }
   LogUnderTest(const LogUnderTest&) = delete;
