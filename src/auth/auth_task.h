@@ -23,8 +23,6 @@ class CTaskAuthModule final : public CTask {
   // True when the platform is not listed, or listed and its modem is allowed.
   static bool VerifyPlatform();
 
-  int32_t iReserved = 10;  // nothing reads it
-
  private:
   static bool IsModemReady(bool* pbRetry);
   static bool IsPlatformApproved();

@@ -8,8 +8,6 @@
 
 namespace nuvelta {
 
-class CTaskManager;
-
 // The vocabulary of task types, as the log lists it. Only the first is used, by the
 // authentication task; duplicates are found by the number alone.
 inline constexpr int32_t TASK_TYPE_ID_CHANGE_USB_MODE = 100;
@@ -43,7 +41,6 @@ class CTask {
   static void operator delete(void* block, const std::nothrow_t&) noexcept;
   static void* operator new(size_t size) = delete;
 
-  CTaskManager* pTaskManager = nullptr;
   std::atomic<bool> bIsDealing = false;  // true exactly while doJob runs
   std::atomic<int32_t> iRetryTimes = 0;  // runs left
   int32_t iPriority = 0;                 // TASK_PRIORITY_*, 0 is served first

@@ -12,9 +12,7 @@ namespace nuvelta::platform {
 
 inline constexpr uint32_t kKeyRead = 0x20019;  // KEY_READ
 inline constexpr uint32_t kRegSz = 1;          // REG_SZ
-inline constexpr uint32_t kRegBinary = 3;      // REG_BINARY
 inline constexpr uint32_t kRegDword = 4;       // REG_DWORD
-inline constexpr uint32_t kRegMultiSz = 7;     // REG_MULTI_SZ
 
 class Registry {
  public:

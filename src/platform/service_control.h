@@ -21,7 +21,6 @@ inline constexpr uint32_t kServiceStopPending = 3;      // SERVICE_STOP_PENDING
 inline constexpr uint32_t kServiceRunning = 4;          // SERVICE_RUNNING
 inline constexpr uint32_t kServiceContinuePending = 5;  // SERVICE_CONTINUE_PENDING
 inline constexpr uint32_t kServicePausePending = 6;     // SERVICE_PAUSE_PENDING
-inline constexpr uint32_t kServicePaused = 7;           // SERVICE_PAUSED
 
 inline constexpr uint32_t kServiceAcceptStop = 0x01;           // SERVICE_ACCEPT_STOP
 inline constexpr uint32_t kServiceAcceptSessionChange = 0x80;  // SERVICE_ACCEPT_SESSIONCHANGE

@@ -12,14 +12,13 @@ namespace {
 constexpr int32_t kFirstRetryTimes = 30;
 }  // namespace
 
-CTask* CTaskFactory::createTask(CTaskManager* pTaskManager) {
+CTask* CTaskFactory::createTask() {
   constexpr const char* kName = "CTaskFactory::createTask";
   // [fixed] no exit line.
   CFuncTrace::WriteEntry(kName);
   LogInfo(kName, "CTaskFactory createTask TASK_TYPE_AUTH");
   auto* pTask = new (std::nothrow) CTaskAuthModule();
   if (pTask == nullptr) return nullptr;
-  pTask->pTaskManager = pTaskManager;
   pTask->bIsDealing = false;
   pTask->iRetryTimes = kFirstRetryTimes;
   pTask->iPriority = TASK_PRIORITY_HIGH;

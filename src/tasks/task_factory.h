@@ -4,14 +4,13 @@
 namespace nuvelta {
 
 class CTask;
-class CTaskManager;
 
 class CTaskFactory {
  public:
   // A new authentication task with the defaults (30 runs, highest priority),
   // owned by the caller until CTaskManager::addTask takes it; null when the heap
   // is exhausted.
-  static CTask* createTask(CTaskManager* pTaskManager);
+  static CTask* createTask();
 };
 
 }  // namespace nuvelta

@@ -12,7 +12,7 @@ void AddAuthenticationTask(QueuedTasks queued) {
 void AddAuthenticationTask(CTaskManager* pTaskManager, QueuedTasks queued) {
   if (pTaskManager == nullptr) return;
   if (queued == QueuedTasks::kClean) pTaskManager->cleanNotDealTasks();
-  CTask* pTask = CTaskFactory::createTask(pTaskManager);
+  CTask* pTask = CTaskFactory::createTask();
   if (pTask == nullptr) return;
   pTaskManager->addTask(pTask);
 }
