@@ -20,7 +20,8 @@ class CTaskAuthModule final : public CTask {
   // [fixed] the id that the log's list calls "change USB mode".
   int32_t getTaskTypeId() override { return TASK_TYPE_ID_CHANGE_USB_MODE; }
 
-  // True when the platform is not listed, or listed and its modem is allowed.
+  // True when the platform is not listed, or listed and its modem is allowed. Defined in
+  // verify_platform.cpp.
   static bool VerifyPlatform();
 
  private:
@@ -29,6 +30,7 @@ class CTaskAuthModule final : public CTask {
   bool EnableRadio(bool* pbRetry);
   bool HandleException(bool* pbRetry);
 
+  // In verify_platform.cpp.
   static bool IsSupportPlatform(const std::string& project);
   static bool IsSupportModem(const std::string& project, const char* hwid);
 };

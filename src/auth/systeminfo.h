@@ -13,7 +13,8 @@ class Systeminfo {
   // missing stays empty; nothing is reported to the caller.
   Systeminfo();
 
-  // True when the firmware declares FCC mode. Reads the table on its own.
+  // True when the firmware declares FCC mode. Reads the table on its own. Defined in
+  // fcc_mode.cpp.
   static bool isFccMode();
 
   std::string family_;

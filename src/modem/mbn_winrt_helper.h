@@ -17,7 +17,8 @@ inline constexpr int32_t kCfunNotSupported = -1;
 
 class CMbnWinRtHelper {
  public:
-  // The command channel. No state, no exception leaves these three.
+  // The command channel, defined in command_channel.cpp. No state, no exception leaves
+  // these three.
 
   // True when there is a default MBIM modem; false when not or on a failure.
   static bool IsMbimExist();
@@ -32,7 +33,7 @@ class CMbnWinRtHelper {
   // the modem confirmed it. `exceptionRaised` as above.
   static bool SetMbimCfun(bool& exceptionRaised);
 
-  // The account watcher, one for the life of the process.
+  // The account watcher, one for the life of the process. Defined in account_watcher.cpp.
 
   static CMbnWinRtHelper& GetInstance();
 

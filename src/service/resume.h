@@ -14,7 +14,7 @@ uint32_t PowerChanged(void* context, uint32_t type, const void* setting);
 // Finds the newest logon notification in the Application event log: its local
 // time as text (at least 20 bytes) and its seconds since 1970. True when there is
 // one; false with a time seven days back when there is none, or with both outputs
-// untouched when the log cannot be opened.
+// untouched when the log cannot be opened. Defined in logon_time.cpp.
 bool getLastLogTime(std::span<char> timeText, int64_t& logonTime);
 
 // Forgets the last suspend, as at the start of a process.

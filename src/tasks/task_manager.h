@@ -22,16 +22,26 @@ struct TaskElement {
 
 class CTaskManager {
  public:
+  // Defined in task_manager_instance.cpp.
+
   // The one manager of the process, created on first use together with the
   // mobile-broadband account watcher; null when memory is exhausted. A watcher
   // that cannot be set up throws what the platform threw.
   static CTaskManager* GetTaskManagerInstance();
+  // Forgets the manager, as at the start of a process. No thread may use it.
+  static void MakeAfreshForSimulation();
+
+  // Defined in task_worker.cpp.
 
   // Starts the worker. Called once, before the first task is added. When no
   // thread can be had the service goes on without a worker.
   void init();
   // Asks the worker to stop and wakes it; does not wait for it. Returns true.
   bool exit();
+  // The worker's procedure; pParam is the manager. 1 when it is null, else 0.
+  static uint32_t dealTaskThread(void* pParam);
+
+  // Defined in task_queue.cpp.
 
   // Takes ownership of a non-null task: queues it, or raises the retry budget of
   // a queued task of the same type (by 2, or by 1 from zero). Wakes the worker.
@@ -45,12 +55,6 @@ class CTaskManager {
   // Returns true.
   bool cleanNotDealTasks();
 
-  // The worker's procedure; pParam is the manager. 1 when it is null, else 0.
-  static uint32_t dealTaskThread(void* pParam);
-
-  // Forgets the manager, as at the start of a process. No thread may use it.
-  static void MakeAfreshForSimulation();
-
   CTaskManager(const CTaskManager&) = delete;
   CTaskManager& operator=(const CTaskManager&) = delete;
 
@@ -58,10 +62,12 @@ class CTaskManager {
   CTaskManager();
   ~CTaskManager() = default;
 
+  // In task_worker.cpp.
   void WaitForTask();
   void DealOneTask(CTask* pTask);
   void RunTask(CTask* pTask);
   void RetryTask(CTask* pTask);
+  // In task_queue.cpp.
   void AppendToLevel(std::set<TaskElement>::const_iterator level, CTask* pTask);
   bool MergeIntoDuplicate(const TaskElement& taskElement, CTask* pTask);
 
