@@ -19,10 +19,11 @@ namespace {
 constexpr const char* kName = "DeleteFileWhileExceedMaxSizeAndTime";
 constexpr size_t kPathSize = 260;
 constexpr double kSecondsPerDay = 86400;
-constexpr int64_t kMaxFolderSize = 100 * 1048576;  // bytes
+constexpr int64_t kBytesPerMegabyte = 1048576;
+constexpr int64_t kMaxFolderSize = 100 * kBytesPerMegabyte;
 constexpr double kMaxAge = 90 * kSecondsPerDay;
 
-double Megabytes(int64_t bytes) { return static_cast<double>(bytes) / 1048576.0; }
+double Megabytes(int64_t bytes) { return static_cast<double>(bytes) / kBytesPerMegabyte; }
 
 struct Scan {
   LogFileSet files;
