@@ -5,13 +5,13 @@
 #include <cstdlib>
 #include <string>
 
+#include "lives/task_watch.h"
 #include "lives/trace_rules.h"
 
 namespace nuvelta::explore {
 
 namespace {
 
-constexpr int kMostExceptions = 3;
 // Between the two orders of a loose log lie at most an exception's two and the
 // one of a retry.
 constexpr int64_t kLooseSlack = 3;

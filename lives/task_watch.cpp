@@ -7,7 +7,6 @@ namespace nuvelta::explore {
 namespace {
 
 constexpr int32_t kFirstRetryTimes = 30;
-constexpr int32_t kMostExceptions = 3;
 constexpr uint32_t kPauseBeforeRetry = 2000;  // milliseconds
 constexpr uint32_t kPauseAfterRun = 500;      // milliseconds
 

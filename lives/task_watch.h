@@ -10,6 +10,9 @@
 
 namespace nuvelta::explore {
 
+// With more than these a task is not run again: the service restarts.
+inline constexpr int32_t kMostExceptions = 3;
+
 // One queued task as it is between two steps.
 struct TaskState {
   int32_t retry_times = 0;

@@ -143,9 +143,9 @@ class Operation final : public platform::CommandOperation {
   CompletedHandler m_handler;
 };
 
-class Session final : public platform::CommandSession {
+class VirtualSession final : public platform::CommandSession {
  public:
-  Session(Context& context, ModemModel& modem) : m_context(context), m_modem(modem) {}
+  VirtualSession(Context& context, ModemModel& modem) : m_context(context), m_modem(modem) {}
 
   std::shared_ptr<platform::CommandOperation> SendQueryCommandAsync(
       uint32_t command_id, const std::shared_ptr<platform::DataBuffer>& data) override {
@@ -195,7 +195,7 @@ class Service final : public platform::DeviceService {
 
   std::shared_ptr<platform::CommandSession> OpenCommandSession() override {
     if (!m_context.Answers("DeviceService::OpenCommandSession")) return nullptr;
-    return std::make_shared<Session>(m_context, m_modem);
+    return std::make_shared<VirtualSession>(m_context, m_modem);
   }
 
  private:

@@ -14,15 +14,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kPrefix = "virtual_notebook_";
+constexpr const char* kFolderPrefix = "virtual_notebook_";
 
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() {
   const fs::path parent = fs::temp_directory_path();
   static std::once_flag cleaned;
-  std::call_once(cleaned, [&] { MarkedFolder::RemoveLeftOver(parent, kPrefix); });
-  std::string name = (parent / (std::string(kPrefix) + "XXXXXX")).string();
+  std::call_once(cleaned, [&] { MarkedFolder::RemoveLeftOver(parent, kFolderPrefix); });
+  std::string name = (parent / (std::string(kFolderPrefix) + "XXXXXX")).string();
   if (mkdtemp(name.data()) == nullptr) {
     throw fs::filesystem_error("cannot create a temporary folder", name,
                                std::error_code(errno, std::generic_category()));

@@ -14,7 +14,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "CTaskAuthModule::doJob";
+constexpr const char* kDoJob = "CTaskAuthModule::doJob";
 
 constexpr int32_t kRadioOn = 1;
 
@@ -23,12 +23,12 @@ static_assert(std::is_trivially_destructible_v<CTaskAuthModule>);
 }  // namespace
 
 bool CTaskAuthModule::doJob(bool* pbRetry) {
-  const CFuncTrace trace(kName);
+  const CFuncTrace trace(kDoJob);
   bIsDealing = true;
   const ScopeExit done([this] { bIsDealing = false; });
   if (!IsModemReady(pbRetry)) return false;
   // [fixed] before the registry is read, and whatever it holds.
-  LogInfo(kName, "ReadIsDisableVerifyReg return -1");
+  LogInfo(kDoJob, "ReadIsDisableVerifyReg return -1");
   if (!CommonUtil::IsDisableVerify() && !IsPlatformApproved()) return false;
   return EnableRadio(pbRetry);
 }
@@ -38,14 +38,14 @@ bool CTaskAuthModule::IsModemReady(bool* pbRetry) {
   CDeviceHelper::IsNuveltaMBIMDevcieExist(present);
   if (!present) {
     *pbRetry = true;
-    LogInfo(kName, "MBIM Device is not nuvelta device.");
+    LogInfo(kDoJob, "MBIM Device is not nuvelta device.");
     return false;
   }
   if (!CMbnWinRtHelper::IsMbimExist()) {
-    LogInfo(kName, "MBIM Device is not exist.");
+    LogInfo(kDoJob, "MBIM Device is not exist.");
     *pbRetry = true;
     // [fixed] the exit line stands twice on this path.
-    CFuncTrace::WriteExit(kName);
+    CFuncTrace::WriteExit(kDoJob);
     return false;
   }
   return true;
@@ -54,18 +54,18 @@ bool CTaskAuthModule::IsModemReady(bool* pbRetry) {
 // A rejection is final: no retry.
 bool CTaskAuthModule::IsPlatformApproved() {
   if (!VerifyPlatform()) {
-    LogError(kName, "Invalid Modem in this platform.");
+    LogError(kDoJob, "Invalid Modem in this platform.");
     return false;
   }
-  LogInfo(kName, "Valid Modem in this platform.");
-  LogInfo(kName, "VerifyPlatform pass");
+  LogInfo(kDoJob, "Valid Modem in this platform.");
+  LogInfo(kDoJob, "VerifyPlatform pass");
   // For the log lines that it writes.
   const Systeminfo info;
   if (!Systeminfo::isFccMode()) {
-    LogError(kName, "isFccMode = false  , exit");
+    LogError(kDoJob, "isFccMode = false  , exit");
     return false;
   }
-  LogInfo(kName, "isFccMode pass");
+  LogInfo(kDoJob, "isFccMode pass");
   return true;
 }
 
@@ -76,39 +76,39 @@ bool CTaskAuthModule::EnableRadio(bool* pbRetry) {
   if (exceptionRaised) return HandleException(pbRetry);
   if (!answered) {
     // [fixed] true, unlike after a failed set.
-    LogInfo(kName, "get cfun fail,retry");
+    LogInfo(kDoJob, "get cfun fail,retry");
     *pbRetry = true;
     return true;
   }
-  LogInfo(kName, "Current CFUN = %d (4 QUERY_CFUN_0 ;-1 NOT SUPPORT MA)", cfun);
+  LogInfo(kDoJob, "Current CFUN = %d (4 QUERY_CFUN_0 ;-1 NOT SUPPORT MA)", cfun);
   if (cfun == kCfunNotSupported) {
-    LogInfo(kName, "module not support ma,return");
+    LogInfo(kDoJob, "module not support ma,return");
     *pbRetry = false;
     return true;
   }
   if (cfun == kCfunNotReady) {
-    LogInfo(kName, "CFUN = %d, mbim not ready ,will retry", cfun);
+    LogInfo(kDoJob, "CFUN = %d, mbim not ready ,will retry", cfun);
     *pbRetry = true;
     return true;
   }
   if (cfun == kRadioOn) {
-    LogInfo(kName, "CFUN = %d, cfun 1,will do nothing", cfun);
+    LogInfo(kDoJob, "CFUN = %d, cfun 1,will do nothing", cfun);
     return true;
   }
   const bool set = CMbnWinRtHelper::SetMbimCfun(exceptionRaised);
   if (exceptionRaised) return HandleException(pbRetry);
   if (set) {
-    LogInfo(kName, "SET MBIM FUN SUCCESS!");
+    LogInfo(kDoJob, "SET MBIM FUN SUCCESS!");
     return true;
   }
   // [fixed] false, unlike after a failed query.
-  LogError(kName, "SetMbimCfun failed, will retry!!!");
+  LogError(kDoJob, "SetMbimCfun failed, will retry!!!");
   *pbRetry = true;
   return false;
 }
 
 bool CTaskAuthModule::HandleException(bool* pbRetry) {
-  LogInfo(kName, "bIsException happend ,will add Exception times and retry");
+  LogInfo(kDoJob, "bIsException happend ,will add Exception times and retry");
   *pbRetry = true;
   iExceptionTimes += 1;
   iRetryTimes += 2;

@@ -11,7 +11,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "Systeminfo::isFccMode";
+constexpr const char* kIsFccMode = "Systeminfo::isFccMode";
 constexpr size_t kContentTextSize = 512;
 
 void LogContent(const SmbiosTable& table, const FccContent& content) {
@@ -19,7 +19,7 @@ void LogContent(const SmbiosTable& table, const FccContent& content) {
   const auto bytes = table.Bytes(content.offset, std::min(content.length, szoembuf.size() - 1));
   std::ranges::transform(bytes, szoembuf.begin(),
                          [](std::byte byte) { return static_cast<char>(byte); });
-  LogInfo(kName, "szoembuf string_buf:%s, length:%d \n", szoembuf.data(),
+  LogInfo(kIsFccMode, "szoembuf string_buf:%s, length:%d \n", szoembuf.data(),
           static_cast<int>(content.length));
 }
 
@@ -29,14 +29,14 @@ bool Systeminfo::isFccMode() {
   const FirmwareTable firmware;
   if (!firmware.HasBuffer()) return false;
   const SmbiosTable table(firmware.Bytes());
-  LogInfo(kName, "smBiosDataSize:%d, bytesWritten:%d smBiosData->Length:%d \n",
+  LogInfo(kIsFccMode, "smBiosDataSize:%d, bytesWritten:%d smBiosData->Length:%d \n",
           static_cast<int>(firmware.Size()), static_cast<int>(firmware.Written()),
           static_cast<int>(table.Length));
   const auto content = FindFccContent(table);
   if (!content) return false;
   LogContent(table, *content);
   if (!IsFccContent(table, *content, platform::kFccMarker)) return false;
-  LogInfo(kName, "Authentica  TRUE");
+  LogInfo(kIsFccMode, "Authentica  TRUE");
   return true;
 }
 

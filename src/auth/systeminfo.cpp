@@ -11,7 +11,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "Systeminfo::Systeminfo";
+constexpr const char* kSysteminfo = "Systeminfo::Systeminfo";
 
 constexpr uint8_t kSystemType = 1;
 constexpr uint8_t kSystemMinLength = 25;
@@ -61,7 +61,7 @@ Systeminfo::Systeminfo() {
   const FirmwareTable firmware;
   if (!firmware.HasBuffer() || firmware.Written() != firmware.Size()) return;
   const SmbiosTable table(firmware.Bytes());
-  LogInfo(kName,
+  LogInfo(kSysteminfo,
           "bios_data->SMBIOSMajorVersion = %d,bios_data->SMBIOSMinorVersion = %d"
           ",bios_data->Used20CallingMethod = %d,bios_data->DmiRevision = %d"
           ", bios_data->Length = %d",
@@ -80,16 +80,16 @@ void Systeminfo::ReadSystem(const SmbiosTable& table) {
   productname_ = fields.Text(0x05);
   serialnumber_ = fields.Text(0x07);
   project_name_ = fields.Text(0x06);
-  LogInfo(kName, "manufacturer_ = %s", manufacturer_.c_str());
-  LogInfo(kName, "productname_  = %s", productname_.c_str());
-  LogInfo(kName, "serialnumber_ = %s", serialnumber_.c_str());
-  LogInfo(kName, "project_name_ = %s", project_name_.c_str());
+  LogInfo(kSysteminfo, "manufacturer_ = %s", manufacturer_.c_str());
+  LogInfo(kSysteminfo, "productname_  = %s", productname_.c_str());
+  LogInfo(kSysteminfo, "serialnumber_ = %s", serialnumber_.c_str());
+  LogInfo(kSysteminfo, "project_name_ = %s", project_name_.c_str());
   uuid_ = FormatUuid(fields.Bytes(kUuidOffset, kUuidSize));
   if (structure->length < kSystemLengthWithSku) return;
   sku_ = fields.Text(0x19);
   family_ = fields.Text(0x1A);
-  LogInfo(kName, "sku_\t\t= %s", sku_.c_str());
-  LogInfo(kName, "family_\t= %s", family_.c_str());
+  LogInfo(kSysteminfo, "sku_\t\t= %s", sku_.c_str());
+  LogInfo(kSysteminfo, "family_\t= %s", family_.c_str());
 }
 
 void Systeminfo::ReadProcessor(const SmbiosTable& table) {
@@ -97,33 +97,36 @@ void Systeminfo::ReadProcessor(const SmbiosTable& table) {
   if (!structure) return;
   const Fields fields(table, *structure);
   processor_manufacturer_ = fields.Text(0x10);
-  LogInfo(kName, "processor_manufacturer_= %s", processor_manufacturer_.c_str());
+  LogInfo(kSysteminfo, "processor_manufacturer_= %s", processor_manufacturer_.c_str());
   // [fixed] read as string numbers, though the first two are enumerations.
-  LogInfo(kName, "processor Type = %s", fields.Text(0x05).c_str());
-  LogInfo(kName, "processor Family = %s", fields.Text(0x06).c_str());
-  LogInfo(kName, "processor Manufacturer = %s", fields.Text(0x07).c_str());
+  LogInfo(kSysteminfo, "processor Type = %s", fields.Text(0x05).c_str());
+  LogInfo(kSysteminfo, "processor Family = %s", fields.Text(0x06).c_str());
+  LogInfo(kSysteminfo, "processor Manufacturer = %s", fields.Text(0x07).c_str());
 }
 
 void Systeminfo::ReadBaseboard(const SmbiosTable& table) {
   const auto structure = FindStructure(table, kBaseboardType, kBaseboardMinLength);
   if (!structure) return;
   const Fields fields(table, *structure);
-  LogInfo(kName, "baseboard_information->Header.type : %d", structure->type);
-  LogInfo(kName, "baseboard_information->Header.length : %d", structure->length);
-  LogInfo(kName, "baseboard_information->Header.Handle : 0x%x",
+  LogInfo(kSysteminfo, "baseboard_information->Header.type : %d", structure->type);
+  LogInfo(kSysteminfo, "baseboard_information->Header.length : %d", structure->length);
+  LogInfo(kSysteminfo, "baseboard_information->Header.Handle : 0x%x",
           static_cast<unsigned>(fields.Byte(3) << 8 | fields.Byte(2)));
   baseboard_manufacturer_ = fields.Text(0x04);
   baseboard_product_ = fields.Text(0x05);
   baseboard_version_ = fields.Text(0x06);
   baseboard_serialnumber_ = fields.Text(0x07);
   baseboard_asset_tag_ = fields.Text(0x08);
-  LogInfo(kName, "[%d]baseboard_manufacturer_ = %s", fields.Byte(0x04),
+  LogInfo(kSysteminfo, "[%d]baseboard_manufacturer_ = %s", fields.Byte(0x04),
           baseboard_manufacturer_.c_str());
-  LogInfo(kName, "[%d]baseboard_product_  = %s", fields.Byte(0x05), baseboard_product_.c_str());
-  LogInfo(kName, "[%d]baseboard_version_ = %s", fields.Byte(0x06), baseboard_version_.c_str());
-  LogInfo(kName, "[%d]baseboard_serialnumber_ = %s", fields.Byte(0x07),
+  LogInfo(kSysteminfo, "[%d]baseboard_product_  = %s", fields.Byte(0x05),
+          baseboard_product_.c_str());
+  LogInfo(kSysteminfo, "[%d]baseboard_version_ = %s", fields.Byte(0x06),
+          baseboard_version_.c_str());
+  LogInfo(kSysteminfo, "[%d]baseboard_serialnumber_ = %s", fields.Byte(0x07),
           baseboard_serialnumber_.c_str());
-  LogInfo(kName, "[%d]baseboard_asset_tag_  = %s", fields.Byte(0x08), baseboard_asset_tag_.c_str());
+  LogInfo(kSysteminfo, "[%d]baseboard_asset_tag_  = %s", fields.Byte(0x08),
+          baseboard_asset_tag_.c_str());
 }
 
 }  // namespace nuvelta

@@ -11,7 +11,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "CTaskAuthModule::VerifyPlatform";
+constexpr const char* kVerifyPlatform = "CTaskAuthModule::VerifyPlatform";
 constexpr size_t kMinProjectLength = 3;
 constexpr size_t kHwidSize = 128;
 
@@ -23,11 +23,11 @@ bool IsCS24Project(const std::string& project) {
 std::string ReadProject() {
   const Systeminfo info;
   std::string project = info.project_name_;
-  LogInfo(kName, "SMBIOS system project_name = %s", project.c_str());
+  LogInfo(kVerifyPlatform, "SMBIOS system project_name = %s", project.c_str());
   if (project.size() < kMinProjectLength) {
     project = info.family_;
     // The comma is the full-width one of code page 936.
-    LogInfo(kName,
+    LogInfo(kVerifyPlatform,
             "SMBIOS system project_name = %s "
             "\xA3\xAC"
             " replace by family",
@@ -57,28 +57,29 @@ bool CTaskAuthModule::IsSupportModem(const std::string& project, const char* hwi
 }
 
 bool CTaskAuthModule::VerifyPlatform() {
-  const CFuncTrace trace(kName);
+  const CFuncTrace trace(kVerifyPlatform);
   std::string project = ReadProject();
   if (!IsCS24Project(project)) {
-    LogInfo(kName, "CS25 project");
+    LogInfo(kVerifyPlatform, "CS25 project");
     // [fixed] a second reading of the firmware, with all its lines.
     project = Cs25PlatformKey(project, Systeminfo().baseboard_product_);
   }
   if (!IsSupportPlatform(project)) {
     // [fixed] without the closing line.
-    LogInfo(kName, "not in platform list. VerifyPlatform return = true ");
+    LogInfo(kVerifyPlatform, "not in platform list. VerifyPlatform return = true ");
     return true;
   }
   std::array<char, kHwidSize> szAuthHwid{};
   const bool found = CDeviceHelper::GetAuthDeviceHwid(szAuthHwid);
-  LogInfo(kName, "szAuthHwid = %s", szAuthHwid.data());
+  LogInfo(kVerifyPlatform, "szAuthHwid = %s", szAuthHwid.data());
   bool allowed = false;
   if (found) {
     allowed = IsSupportModem(project, szAuthHwid.data());
   } else {
-    LogInfo(kName, "Get Nuvelta Device HardwareID Faild");
+    LogInfo(kVerifyPlatform, "Get Nuvelta Device HardwareID Faild");
   }
-  LogInfo(kName, allowed ? "VerifyPlatform return = true " : "VerifyPlatform return = false ");
+  LogInfo(kVerifyPlatform,
+          allowed ? "VerifyPlatform return = true " : "VerifyPlatform return = false ");
   return allowed;
 }
 

@@ -8,19 +8,19 @@
 #include "platform/environment.h"
 #include "platform/files.h"
 #include "platform/platform.h"
+#include "platform/types.h"
 
 namespace nuvelta {
 
 namespace {
 
-constexpr size_t kPathSize = 260;
 constexpr const char* kProductFolder = "\\Nuvelta Wireless Inc\\MAService";
 constexpr const char* kFamily = "HX2208GW";
 
 }  // namespace
 
 std::string BuildLogFolderPath() {
-  std::array<char, kPathSize> path{};
+  std::array<char, platform::kMaxPath> path{};
   const std::string root = platform::Os().environment->GetVariable("programdata");
   std::snprintf(path.data(), path.size(), "%s%s\\%s", root.c_str(), kProductFolder, kFamily);
   return path.data();
@@ -29,11 +29,11 @@ std::string BuildLogFolderPath() {
 std::string BuildLogFilePath(const std::string& folder) {
   platform::Clock& clock = *platform::Os().clock;
   const std::tm local = clock.localtime(clock.time());
-  std::array<char, kPathSize> name{};
+  std::array<char, platform::kMaxPath> name{};
   std::snprintf(name.data(), name.size(), "%s%s_%04d-%02d-%02d_%02d.%02d.%02d%s", kLogFilePrefix,
                 kFamily, local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                 local.tm_min, local.tm_sec, kLogFileSuffix);
-  std::array<char, kPathSize> path{};
+  std::array<char, platform::kMaxPath> path{};
   std::snprintf(path.data(), path.size(), "%s\\%s", folder.c_str(), name.data());
   return path.data();
 }

@@ -11,13 +11,13 @@
 #include "platform/files.h"
 #include "platform/platform.h"
 #include "platform/threads.h"
+#include "platform/types.h"
 
 namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "DeleteFileWhileExceedMaxSizeAndTime";
-constexpr size_t kPathSize = 260;
+constexpr const char* kRetention = "DeleteFileWhileExceedMaxSizeAndTime";
 constexpr double kSecondsPerDay = 86400;
 constexpr int64_t kBytesPerMegabyte = 1048576;
 constexpr int64_t kMaxFolderSize = 100 * kBytesPerMegabyte;
@@ -37,16 +37,16 @@ void AddFile(Scan& scan, const platform::FindData& data, int64_t now, int number
   record.age = static_cast<double>(now - FileTimeToSeconds(data.ftLastWriteTime));
   record.name = data.cFileName;
   scan.total += record.size;
-  LogInfo(kName, "add log file[%d] :diff[%.02f s] ; filesize[%.03f MB] %s ", number, record.age,
-          Megabytes(record.size), record.name.c_str());
+  LogInfo(kRetention, "add log file[%d] :diff[%.02f s] ; filesize[%.03f MB] %s ", number,
+          record.age, Megabytes(record.size), record.name.c_str());
   scan.files.insert(std::move(record));
 }
 
 Scan ScanFolder(const std::string& folder) {
-  std::array<char, kPathSize> pattern{};
+  std::array<char, platform::kMaxPath> pattern{};
   std::snprintf(pattern.data(), pattern.size(), "%s\\%s*%s", folder.c_str(), kLogFilePrefix,
                 kLogFileSuffix);
-  LogInfo(kName, "check path : %s ", pattern.data());
+  LogInfo(kRetention, "check path : %s ", pattern.data());
 
   Scan scan;
   const int64_t now = platform::Os().clock->time();
@@ -63,11 +63,11 @@ Scan ScanFolder(const std::string& folder) {
 }
 
 void DeleteLogFile(const std::string& folder, const std::string& name) {
-  std::array<char, kPathSize> path{};
+  std::array<char, platform::kMaxPath> path{};
   std::snprintf(path.data(), path.size(), "%s\\%s", folder.c_str(), name.c_str());
   if (platform::Os().files->DeleteFileA(path.data())) return;
   const auto error = static_cast<int>(platform::Os().threads->GetLastError());
-  LogError(kName, "DeleteFile %s fail,error code %d", path.data(), error);
+  LogError(kRetention, "DeleteFile %s fail,error code %d", path.data(), error);
 }
 
 void Prune(const std::string& folder, Scan scan) {
@@ -77,21 +77,21 @@ void Prune(const std::string& folder, Scan scan) {
     const double total_mb = Megabytes(scan.total);
     const double age_days = file.age / kSecondsPerDay;
     if (verdict.keep) {
-      LogInfo(kName,
+      LogInfo(kRetention,
               "dwLogFolderSize: %.03f MB ,max_size  = %.03f MB ;item.time_diff = %.05f"
               " day ,max_diff = %.05f day ,break",
               total_mb, Megabytes(kMaxFolderSize), age_days, kMaxAge / kSecondsPerDay);
       return;
     }
     if (verdict.too_large) {
-      LogInfo(kName,
+      LogInfo(kRetention,
               "because dwLogFolderSize: %.03f MB > max_size  = %.03f MB ; delete log file[%d] (%s"
               ") filesize[%.03f MB] ,after delete dwLogFolderSize = %.03f MB",
               total_mb, Megabytes(kMaxFolderSize), counter++, file.name.c_str(),
               Megabytes(file.size), Megabytes(scan.total - file.size));
     }
     if (verdict.too_old) {
-      LogInfo(kName,
+      LogInfo(kRetention,
               "because item.time_diff[%.05f day] > max_diff[%.05f day] ; delete log file[%d] (%s)",
               age_days, kMaxAge / kSecondsPerDay, counter++, file.name.c_str());
     }
@@ -125,7 +125,7 @@ int64_t FileTimeToSeconds(uint64_t file_time) {
 }
 
 void DeleteFileWhileExceedMaxSizeAndTime(const std::string& folder) {
-  const CFuncTrace trace(kName);
+  const CFuncTrace trace(kRetention);
   Prune(folder, ScanFolder(folder));
 }
 

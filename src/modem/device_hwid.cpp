@@ -16,14 +16,12 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "CDeviceHelper::GetAuthDeviceHwid";
+constexpr const char* kGetAuthDeviceHwid = "CDeviceHelper::GetAuthDeviceHwid";
 constexpr size_t kPropertySize = 1024;
 // [fixed] the first device is logged as number 2.
 constexpr uint32_t kFirstLoggedNumber = 2;
 
 using PropertyBuffer = std::array<char16_t, kPropertySize / sizeof(char16_t)>;
-
-int LastError() { return static_cast<int>(platform::Os().threads->GetLastError()); }
 
 // The first string of a multi-string, in the ANSI code page.
 std::string FirstString(const PropertyBuffer& property) {
@@ -44,8 +42,8 @@ bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
   for (uint32_t index = 0;; ++index) {
     platform::DeviceInfoData device;
     if (!devices.SetupDiEnumDeviceInfo(set, index, device)) {
-      const int error = LastError();
-      LogInfo(kName, "SetupDiEnumDeviceInfo return : 0 ,error code: %d ", error);
+      const int error = static_cast<int>(platform::Os().threads->GetLastError());
+      LogInfo(kGetAuthDeviceHwid, "SetupDiEnumDeviceInfo return : 0 ,error code: %d ", error);
       return found;
     }
     // Zero for each device, so that an id without terminator borrows no tail.
@@ -55,8 +53,8 @@ bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
       continue;
     }
     const std::string text = FirstString(property);
-    LogInfo(kName, "GET device Hwid[%d] : %s ", static_cast<int>(index + kFirstLoggedNumber),
-            text.c_str());
+    LogInfo(kGetAuthDeviceHwid, "GET device Hwid[%d] : %s ",
+            static_cast<int>(index + kFirstLoggedNumber), text.c_str());
     const HwidOwner owner = ClassifyHwid(text);
     if (owner == HwidOwner::kOther) continue;
     KeepHwid(CutAuthHwid(owner, text), hwid);
@@ -68,14 +66,14 @@ bool SearchDevices(platform::DeviceSetHandle set, std::span<char, 128> hwid) {
 }  // namespace
 
 bool CDeviceHelper::GetAuthDeviceHwid(std::span<char, 128> hwid) {
-  const CFuncTrace trace(kName);
+  const CFuncTrace trace(kGetAuthDeviceHwid);
   platform::Devices& devices = *platform::Os().devices;
   const platform::DeviceSetHandle set =
       devices.SetupDiGetClassDevsW(platform::kDigcfPresent | platform::kDigcfAllClasses);
   if (set == platform::InvalidHandle<platform::DeviceSetHandle>()) {
-    const int error = LastError();
+    const int error = static_cast<int>(platform::Os().threads->GetLastError());
     // The comma is the full-width one of code page 936.
-    LogInfo(kName,
+    LogInfo(kGetAuthDeviceHwid,
             "SetupDiGetClassDevs failed return INVALID_HANDLE_VALUE ,error code %d "
             "\xA3\xAC"
             "exit false",
@@ -88,10 +86,10 @@ bool CDeviceHelper::GetAuthDeviceHwid(std::span<char, 128> hwid) {
     found = SearchDevices(set, hwid);
   }
   if (!found) {
-    LogInfo(kName, "do not find auth hwid ,return false");
+    LogInfo(kGetAuthDeviceHwid, "do not find auth hwid ,return false");
     return false;
   }
-  LogInfo(kName, "find auth hwid : %s,return true", hwid.data());
+  LogInfo(kGetAuthDeviceHwid, "find auth hwid : %s,return true", hwid.data());
   return true;
 }
 

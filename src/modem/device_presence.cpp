@@ -19,17 +19,17 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "CDeviceHelper::IsNuveltaMBIMDevcieExist";
+constexpr const char* kIsModemThere = "CDeviceHelper::IsNuveltaMBIMDevcieExist";
 constexpr size_t kAdapterNameSize = 256;
 constexpr size_t kRegistryTextSize = 256;
 constexpr size_t kInstanceIdSize = 128;
 
 std::string KeepAdapter(const platform::AdapterRecord& adapter) {
   const std::string name = adapter.AdapterName == nullptr ? "" : adapter.AdapterName;
-  LogInfo(kName, "Adapters Info: adapter name = %s, adapter desc = %s, friend name=%s",
+  LogInfo(kIsModemThere, "Adapters Info: adapter name = %s, adapter desc = %s, friend name=%s",
           name.c_str(), ToAnsi(adapter.Description).c_str(), ToAnsi(adapter.FriendlyName).c_str());
   // [fixed] only logged: an adapter that is down is accepted too.
-  LogInfo(kName,
+  LogInfo(kIsModemThere,
           "mbim oper status = %d"
           " (1 IfOperStatusUp ; 2 IfOperStatusDown ; 3 IfOperStatusTesting ; "
           "4 IfOperStatusUnknown ; 5 IfOperStatusDormant ; 6 IfOperStatusNotPresent ;"
@@ -98,19 +98,19 @@ std::optional<std::string> FindInstanceId(const std::string& adapter) {
 
 bool IsExpectedDevice(const std::string& instance_id) {
   const std::string hwid(CutMbimHwid(instance_id));
-  LogInfo(kName, "szMbimHwid = %s", hwid.c_str());
+  LogInfo(kIsModemThere, "szMbimHwid = %s", hwid.c_str());
   if (!IsExpectedMbimHwid(hwid)) {
-    LogInfo(kName, "not find Expected mbim hwid (%s),return", kExpectedMbimHwids);
+    LogInfo(kIsModemThere, "not find Expected mbim hwid (%s),return", kExpectedMbimHwids);
     return false;
   }
-  LogInfo(kName, "find MBIM device : %s", hwid.c_str());
+  LogInfo(kIsModemThere, "find MBIM device : %s", hwid.c_str());
   return true;
 }
 
 }  // namespace
 
 uint32_t CDeviceHelper::IsNuveltaMBIMDevcieExist(bool& found) {
-  const CFuncTrace trace(kName);
+  const CFuncTrace trace(kIsModemThere);
   std::optional<std::string> adapter;
   {
     platform::Memory& memory = *platform::Os().memory;
@@ -118,25 +118,25 @@ uint32_t CDeviceHelper::IsNuveltaMBIMDevcieExist(bool& found) {
     platform::Os().network->GetAdaptersAddresses(platform::kAfUnspec, 0, nullptr, size);
     void* buffer = memory.HeapAlloc(size);
     if (buffer == nullptr) {
-      LogError(kName, "GetAdaptersAddresses AF_UNSPEC failed");
+      LogError(kIsModemThere, "GetAdaptersAddresses AF_UNSPEC failed");
       return 0;
     }
     const ScopeExit free([&] { memory.HeapFree(buffer); });
     adapter = FindMobileBroadbandAdapter(buffer, size);
   }
   if (!adapter) {
-    LogInfo(kName, "not get adapter,return ");
+    LogInfo(kIsModemThere, "not get adapter,return ");
     return 0;
   }
   const std::optional<std::string> instance_id = FindInstanceId(*adapter);
-  if (instance_id) LogInfo(kName, "Get Instance Id %s", instance_id->c_str());
+  if (instance_id) LogInfo(kIsModemThere, "Get Instance Id %s", instance_id->c_str());
   if (!instance_id || instance_id->empty()) {
-    LogInfo(kName, "not get hardware id,return");
+    LogInfo(kIsModemThere, "not get hardware id,return");
     return 0;
   }
   if (!IsExpectedDevice(*instance_id)) return 0;
   found = true;
-  LogInfo(kName, "IsNuveltaMBIMDevcieExist %s find ", kExpectedMbimHwids);
+  LogInfo(kIsModemThere, "IsNuveltaMBIMDevcieExist %s find ", kExpectedMbimHwids);
   return 1;
 }
 

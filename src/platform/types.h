@@ -4,9 +4,13 @@
 
 #include <array>
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 
 namespace nuvelta::platform {
+
+// MAX_PATH: characters of a path, with its terminator.
+inline constexpr size_t kMaxPath = 260;
 
 // As in GUID (guiddef.h).
 struct Guid {

@@ -19,7 +19,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "ServiceCtrlHandler";
+constexpr const char* kHandler = "ServiceCtrlHandler";
 
 // Indexed by the event type, 1 to 10 (WTS_*). Each text ends with a blank.
 constexpr std::array<const char*, 11> kSessionChanges{
@@ -40,10 +40,10 @@ constexpr std::array<const char*, 11> kSessionChanges{
 // be tearing down, or have reported stopped, while the worker is told to exit.
 void OnStop() {
   ReportServiceStatus(platform::kServiceStopPending, 0, 0);
-  LogInfo(kName, "SERVICE_CONTROL_STOP");
+  LogInfo(kHandler, "SERVICE_CONTROL_STOP");
   platform::Os().threads->SetEvent(g_hServiceStopEvent);
   NService::stop();
-  LogInfo(kName, "SERVICE_CONTROL_STOP g_pNService->stop(); exit");
+  LogInfo(kHandler, "SERVICE_CONTROL_STOP g_pNService->stop(); exit");
 }
 
 // The interface's name, at most to the end that the event's size gives.
@@ -65,7 +65,7 @@ void OnDeviceEvent(uint32_t eventType, const void* eventData) {
   std::array<uint32_t, 3> header{};  // dbch_size, dbch_devicetype, dbch_reserved
   std::memcpy(header.data(), eventData, sizeof header);
   if (header[1] != platform::kDbtDevTypDeviceInterface) return;
-  LogInfo(kName, arrival ? "Device Arrival. (%s)" : "Device Removal. (%s)",
+  LogInfo(kHandler, arrival ? "Device Arrival. (%s)" : "Device Removal. (%s)",
           InterfaceName(eventData, header[0]).c_str());
   // Any network adapter: the job finds out whether it is the modem.
   if (arrival && g_pNService != nullptr) NService::dealDeviceArrive();
@@ -73,7 +73,7 @@ void OnDeviceEvent(uint32_t eventType, const void* eventData) {
 
 // The level is only logged; [fixed] the event type is not examined.
 void OnPowerEvent(const void* eventData) {
-  LogInfo(kName, "SERVICE_CONTROL_POWEREVENT");
+  LogInfo(kHandler, "SERVICE_CONTROL_POWEREVENT");
   if (eventData == nullptr) return;
   platform::PowerBroadcastSetting setting;
   constexpr size_t kHeaderSize = offsetof(platform::PowerBroadcastSetting, Data);
@@ -83,12 +83,12 @@ void OnPowerEvent(const void* eventData) {
     if (setting.DataLength >= sizeof tmp) {
       std::memcpy(&tmp, static_cast<const char*>(eventData) + kHeaderSize, sizeof tmp);
     }
-    LogInfo(kName, "pPowerBroadcastSetting->PowerSetting =GUID_BATTERY_PERCENTAGE_REMAINING");
-    LogInfo(kName, "ULONG32  tmp = %u%%", tmp);
+    LogInfo(kHandler, "pPowerBroadcastSetting->PowerSetting =GUID_BATTERY_PERCENTAGE_REMAINING");
+    LogInfo(kHandler, "ULONG32  tmp = %u%%", tmp);
   } else {
-    LogInfo(kName, "pPowerBroadcastSetting->PowerSetting != GUID_BATTERY_PERCENTAGE_REMAINING");
+    LogInfo(kHandler, "pPowerBroadcastSetting->PowerSetting != GUID_BATTERY_PERCENTAGE_REMAINING");
     // [fixed] "%ul": the "l" is text.
-    LogInfo(kName, "pPowerBroadcastSetting->PowerSetting =  %ul -", setting.PowerSetting.Data1);
+    LogInfo(kHandler, "pPowerBroadcastSetting->PowerSetting =  %ul -", setting.PowerSetting.Data1);
   }
 }
 
@@ -96,8 +96,8 @@ void OnPowerEvent(const void* eventData) {
 
 uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* eventData,
                             void* /*context*/) {
-  const CFuncTrace trace(kName);
-  LogInfo(kName, "CtrlCode = 0x%x ; dwEventType = %d", control, static_cast<int>(eventType));
+  const CFuncTrace trace(kHandler);
+  LogInfo(kHandler, "CtrlCode = 0x%x ; dwEventType = %d", control, static_cast<int>(eventType));
   // Shutdown, pause and continue are not accepted, so they never come; their
   // branches stay as defaults.
   switch (control) {
@@ -106,11 +106,11 @@ uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* ev
       OnStop();
       break;
     case platform::kServiceControlPause:
-      LogInfo(kName, "SERVICE_CONTROL_PAUSE");
+      LogInfo(kHandler, "SERVICE_CONTROL_PAUSE");
       ReportServiceStatus(platform::kServicePausePending, 0, 0);
       break;
     case platform::kServiceControlContinue:
-      LogInfo(kName, "SERVICE_CONTROL_CONTINUE");
+      LogInfo(kHandler, "SERVICE_CONTROL_CONTINUE");
       ReportServiceStatus(platform::kServiceContinuePending, 0, 0);
       break;
     case platform::kServiceControlDeviceEvent:
@@ -122,7 +122,7 @@ uint32_t ServiceCtrlHandler(uint32_t control, uint32_t eventType, const void* ev
     case platform::kServiceControlSessionChange:
       // Only logged: a logon adds no task.
       if (eventType >= 1 && eventType < kSessionChanges.size()) {
-        LogInfo(kName, "%s", kSessionChanges[eventType]);
+        LogInfo(kHandler, "%s", kSessionChanges[eventType]);
       }
       break;
     default:

@@ -18,7 +18,7 @@
 namespace nuvelta {
 
 namespace {
-constexpr const char* kServiceMain = "ServiceMain";
+constexpr const char* kCaller = "ServiceMain";
 }  // namespace
 
 void LogBootTime() {
@@ -48,12 +48,12 @@ void LogBootTime() {
 }
 
 void LogFileVersion() {
-  constexpr size_t kPathSize = 260;
+  using platform::kMaxPath;
   platform::SystemInformation& system = *platform::Os().system_information;
-  std::array<char16_t, kPathSize + 1> path{};  // one more, so that it always ends
-  system.GetModuleFileNameW(std::span(path).first(kPathSize));
+  std::array<char16_t, kMaxPath + 1> path{};  // one more, so that it always ends
+  system.GetModuleFileNameW(std::span(path).first(kMaxPath));
   const uint32_t size = system.GetFileVersionInfoSizeW(path.data());
-  LogInfo(kServiceMain, "filename: %s", ToAnsi(path.data()).c_str());
+  LogInfo(kCaller, "filename: %s", ToAnsi(path.data()).c_str());
   const size_t block_size = (static_cast<size_t>(size) + 1) * 2;
   platform::Memory& memory = *platform::Os().memory;
   auto* block = static_cast<std::byte*>(memory.HeapAlloc(block_size));
@@ -65,7 +65,7 @@ void LogFileVersion() {
       !system.VerQueryValueW({block, size}, info)) {
     return;
   }
-  LogInfo(kServiceMain, "verion: %d.%d.%d.%d", static_cast<int>(info.dwFileVersionMS >> 16U),
+  LogInfo(kCaller, "verion: %d.%d.%d.%d", static_cast<int>(info.dwFileVersionMS >> 16U),
           static_cast<int>(info.dwFileVersionMS & 0xFFFFU),
           static_cast<int>(info.dwFileVersionLS >> 16U),
           static_cast<int>(info.dwFileVersionLS & 0xFFFFU));
@@ -76,20 +76,20 @@ void LogSessions() {
   uint32_t count = 0;
   if (!platform::Os().sessions->WTSEnumerateSessionsW(list, count)) {
     const auto error = static_cast<int>(platform::Os().threads->GetLastError());
-    LogInfo(kServiceMain, "WTSEnumerateSessions failed. GetLastError: %d", error);
+    LogInfo(kCaller, "WTSEnumerateSessions failed. GetLastError: %d", error);
     return;
   }
-  LogInfo(kServiceMain, "dwSessionCount: %d", static_cast<int>(count));
+  LogInfo(kCaller, "dwSessionCount: %d", static_cast<int>(count));
   uint32_t active = 0;
   for (uint32_t i = 0; i < count; ++i) {
     const std::string name = ToAnsi(list[i].pWinStationName);
     if (list[i].State == platform::kWtsActive) {
       active = list[i].SessionId;
-      LogInfo(kServiceMain, "[%d]SessionNumber is: %d ,pWinStationName = %s is active",
+      LogInfo(kCaller, "[%d]SessionNumber is: %d ,pWinStationName = %s is active",
               static_cast<int>(i), static_cast<int>(active), name.c_str());
     } else {
       // [fixed] the active session's id seen so far, not this session's.
-      LogInfo(kServiceMain,
+      LogInfo(kCaller,
               "[%d]SessionNumber is: %d ,wts.State = %d"
               " (0 WTSActive ; 1 WTSConnected ;4 WTSDisconnected ;9 WTSInit ) , "
               ",pWinStationName = %s ",

@@ -17,7 +17,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "getLastLogTime";
+constexpr const char* kGetLastLogTime = "getLastLogTime";
 constexpr size_t kReadBufferSize = 0x8000;
 constexpr int64_t kFallbackAge = 604800;  // seconds, seven days
 
@@ -35,7 +35,7 @@ std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
              log, platform::kEventLogSequentialRead | platform::kEventLogBackwardsRead, 0, buffer,
              dwRead, dwNeeded) &&
          dwRead != 0) {  // a read of nothing would come again for ever
-    LogInfo(kName, "dwRead = %d,dwNeeded = %d", static_cast<int>(dwRead),
+    LogInfo(kGetLastLogTime, "dwRead = %d,dwNeeded = %d", static_cast<int>(dwRead),
             static_cast<int>(dwNeeded));
     const size_t size = dwRead < buffer.size() ? dwRead : buffer.size();
     if (auto record = FindLogonRecord(std::span<const std::byte>(buffer).first(size))) {
@@ -46,7 +46,7 @@ std::optional<LogonRecord> FindNewestLogon(platform::EventLogHandle log) {
 }
 
 void LogLogon(const LogonRecord& record, const std::tm& local) {
-  LogInfo(kName,
+  LogInfo(kGetLastLogTime,
           "find logon time !! 00 RecordNumber = %d ; Event ID: %08d EventType: %d"
           " ; EventCategory = %d ; TimeGenerated = %d ;TimeWritten = %d"
           "(%04d-%02d-%02d %02d:%02d:%02d ) Source: %s",
@@ -71,7 +71,7 @@ bool TakeLogonTime(platform::EventLogHandle log, std::span<char> timeText, int64
   logonTime = clock.time() - kFallbackAge;
   WriteTime(timeText, clock.localtime(logonTime));
   // [fixed] "one day ago", though it is seven days back.
-  LogInfo(kName,
+  LogInfo(kGetLastLogTime,
           "not find logon time,because start long long ago , so set a fake time = %s : one day ago",
           timeText.data());
   return false;
@@ -80,14 +80,14 @@ bool TakeLogonTime(platform::EventLogHandle log, std::span<char> timeText, int64
 }  // namespace
 
 bool getLastLogTime(std::span<char> timeText, int64_t& logonTime) {
-  LogInfo(kName, "+getLastLogTime");
+  LogInfo(kGetLastLogTime, "+getLastLogTime");
   const platform::EventLogHandle log = platform::Os().event_log->OpenEventLogW(u"Application");
   if (log == platform::EventLogHandle{}) {
-    LogError(kName, "Could not open the Application event log.");
+    LogError(kGetLastLogTime, "Could not open the Application event log.");
     return false;
   }
   const bool found = TakeLogonTime(log, timeText, logonTime);
-  LogInfo(kName, "-getLastLogTime");
+  LogInfo(kGetLastLogTime, "-getLastLogTime");
   return found;
 }
 

@@ -15,7 +15,7 @@ namespace nuvelta {
 
 namespace {
 
-constexpr const char* kName = "PowerChanged";
+constexpr const char* kPowerChanged = "PowerChanged";
 constexpr int64_t kQuickBootThreshold = 5;  // seconds
 
 // Suspend and resume come one after the other on the callback thread, which is
@@ -31,7 +31,7 @@ void OnSuspend() {
   std::snprintf(g_szSuspendTime.data(), g_szSuspendTime.size(), "%04d-%02d-%02d %02d:%02d:%02d",
                 local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
                 local.tm_sec);
-  LogInfo(kName, "PBT_APMSUSPEND g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
+  LogInfo(kPowerChanged, "PBT_APMSUSPEND g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
           g_szSuspendTime.data(), g_suspendTime_t);
 }
 
@@ -40,23 +40,24 @@ void OnResume() {
   int64_t logonTime = 0;
   getLastLogTime(timeText, logonTime);
   // [fixed] the Chinese words ("system start-up time"), in code page 936.
-  LogInfo(kName,
+  LogInfo(kPowerChanged,
           "PBT_APMRESUMEAUTOMATIC \xCF\xB5\xCD\xB3\xBF\xAA\xBB\xFA\xCA\xB1\xBC\xE4"
           " = %s ; logonTime = %" PRId64,
           timeText.data(), logonTime);
-  LogInfo(kName, "PBT_APMRESUMEAUTOMATIC g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
+  LogInfo(kPowerChanged, "PBT_APMRESUMEAUTOMATIC g_szSuspendTime = %s ; g_suspendTime_t = %" PRId64,
           g_szSuspendTime.data(), g_suspendTime_t);
   const int64_t difference = g_suspendTime_t - logonTime;
   // [fixed] no suspend seen yet, or a logon after it, makes the difference negative:
   // a quick boot.
   if (difference >= kQuickBootThreshold) {
-    LogInfo(kName,
+    LogInfo(kPowerChanged,
             "PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume"
             "; g_suspendTime_t - logonTime = %" PRId64,
             difference);
     if (g_pNService != nullptr) NService::dealSleepResume();
   } else {
-    LogInfo(kName, "PBT_APMRESUMEAUTOMATIC is quick boot ; g_suspendTime_t - logonTime = %" PRId64,
+    LogInfo(kPowerChanged,
+            "PBT_APMRESUMEAUTOMATIC is quick boot ; g_suspendTime_t - logonTime = %" PRId64,
             difference);
     if (g_pNService != nullptr) NService::dealQuickBoot();
   }
@@ -65,7 +66,7 @@ void OnResume() {
 }  // namespace
 
 uint32_t PowerChanged(void* /*context*/, uint32_t type, const void* /*setting*/) {
-  LogInfo(kName,
+  LogInfo(kPowerChanged,
           "PowerChanged: Event Type = %d"
           " ( 4 PBT_APMSUSPEND; 7 PBT_APMRESUMESUSPEND ; 18 PBT_APMRESUMEAUTOMATIC)",
           static_cast<int>(type));
