@@ -131,7 +131,7 @@ TEST(SmbiosRules, HoldForHostileTables) {
     const SmbiosTable table(block);
     const Reference reference(bytes);
     ASSERT_EQ(table.End() + 8, reference.end) << round;
-    for (const unsigned type : {1, 2, 4, 133}) {
+    for (const unsigned type : {1U, 2U, 4U, 133U}) {
       const auto minimum = static_cast<uint8_t>(dice.Roll(30));
       const auto structure = FindStructure(table, static_cast<uint8_t>(type), minimum);
       const size_t start = reference.Find(type, minimum);

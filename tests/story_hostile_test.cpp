@@ -79,7 +79,7 @@ TEST(Hostile, RegistryValuesCountOnlyAsNumbersAndByTheirFirstByte) {
                                                               {"IsDisableVerify", 1}};
   for (const auto& [name, off] : switches) {
     for (const uint32_t type : {0U, 1U, 3U, 4U, 7U, 11U, 0xFFFFFFFFU}) {
-      for (const size_t size : {0, 1, 3, 4, 5, 4096}) {
+      for (const size_t size : {0U, 1U, 3U, 4U, 5U, 4096U}) {
         Bytes data(size, 0x5A);
         if (size > 0) data[0] = off;
         values.clear();

@@ -18,7 +18,6 @@ constexpr std::string_view kReader = "CommonUtil::ReadDWORDRegValue";
 constexpr std::string_view kName = "CommonUtil::GetServiceName";
 constexpr std::string_view kRestart = "CommonUtil::RestartService";
 constexpr std::string_view kVerify = "CTaskAuthModule::VerifyPlatform";
-constexpr std::string_view kModemIds = "CTaskAuthModule::IsSupportModem";
 constexpr std::string_view kJob = "CTaskAuthModule::doJob";
 constexpr std::string_view kMain = "ServiceMain";
 constexpr std::string_view kRetention = "DeleteFileWhileExceedMaxSizeAndTime";
