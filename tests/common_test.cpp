@@ -43,7 +43,7 @@ TEST(Logger, WritesEachLevelInItsOwnForm) {
     CLogger& logger = CLogger::GetInstance();
     for (const int level : {1, 2, 3, 4, 6, 0, 7, -1}) logger.WriteLog(level, "Fn", "%d", level);
   });
-  EXPECT_EQ(logged, "e :   1\ni :   2\nw :   3\ni :   4\nh :   Fn, 6\n");
+  EXPECT_LINES(logged, "e :   1\ni :   2\nw :   3\ni :   4\nh :   Fn, 6\n");
 }
 
 // Logs two seconds after the message before, so that no pause keeps it out.
@@ -68,7 +68,7 @@ TEST(LogFile, GoesOnAfterARotationThatFailed) {
   // The old name is taken: the library gives the old lines up, but no new one.
   fs::create_directories(folder / "a.1.log/inside");
   log.Log(longer);
-  EXPECT_EQ(story::ReadFile(file), longer + "\n");
+  EXPECT_LINES(story::ReadFile(file), longer + "\n");
   // No file can be had at all; short lines would still fit into the one that was closed.
   fs::rename(folder, away);
   std::ofstream{folder} << "no folder";
@@ -80,7 +80,7 @@ TEST(LogFile, GoesOnAfterARotationThatFailed) {
   fs::rename(away, folder);
   log.Log(shorter, LogFileSink::kPause / 2);
   log.Log(shorter);
-  EXPECT_EQ(story::ReadFile(file), longer + "\n" + shorter + "\n");
+  EXPECT_LINES(story::ReadFile(file), longer + "\n" + shorter + "\n");
 }
 
 TEST(Logger, WritesABareLineWithoutThreadAndTag) {
@@ -91,8 +91,8 @@ TEST(Logger, WritesABareLineWithoutThreadAndTag) {
         CLogger::GetInstance().InitLogger();
         CLogger::GetInstance().WriteLog(kLogBare, "Fn", "{} and %%n \xA3\xAC");
       });
-  EXPECT_EQ(story::ReadLog(scenario, disk.Path()),
-            "2026-11-16 00:58:46.000 {} and %n \xA3\xAC\r\n");
+  EXPECT_LINES(story::ReadLog(scenario, disk.Path()),
+               "2026-11-16 00:58:46.000 {} and %n \xA3\xAC\r\n");
 }
 
 TEST(Logger, CutsAMessageAt4095Characters) {
@@ -100,7 +100,8 @@ TEST(Logger, CutsAMessageAt4095Characters) {
     LogInfo("Fn", "%s", std::string(4095, 'a').c_str());
     LogInfo("Fn", "%s", std::string(4096, 'b').c_str());
   });
-  EXPECT_EQ(logged, "i :   " + std::string(4095, 'a') + "\ni :   " + std::string(4095, 'b') + "\n");
+  EXPECT_LINES(logged,
+               "i :   " + std::string(4095, 'a') + "\ni :   " + std::string(4095, 'b') + "\n");
 }
 
 TEST(Logger, OpensOneFileASecond) {
@@ -123,7 +124,7 @@ TEST(Logger, RotatesAtOneMegabyteAndLosesNothing) {
     std::snprintf(line.data(), line.size(), "i :   %0100d\n", i);
     expected += line.data();
   }
-  EXPECT_EQ(logged, expected);
+  EXPECT_LINES(logged, expected);
 }
 
 TEST(Logger, GoesOnWithoutALogWhenTheFileCannotBeOpened) {
@@ -135,11 +136,11 @@ TEST(Logger, GoesOnWithoutALogWhenTheFileCannotBeOpened) {
 }
 
 TEST(FuncTrace, WritesAPairOfTheThread) {
-  EXPECT_EQ(LoggedBy([] {
-              const CFuncTrace outer("A::a");
-              const CFuncTrace inner("B::b");
-            }),
-            "h : + A::a\nh : + B::b\nh : - B::b\nh : - A::a\n");
+  EXPECT_LINES(LoggedBy([] {
+                 const CFuncTrace outer("A::a");
+                 const CFuncTrace inner("B::b");
+               }),
+               "h : + A::a\nh : + B::b\nh : - B::b\nh : - A::a\n");
 }
 
 TEST(Retention, JudgesTheExactLimits) {
@@ -200,10 +201,10 @@ TEST(Retention, TellsWhatItDeletesAndWhy) {
                   "{'name': 'x.log', 'age_days': 91, 'size_mb': 99}]}}"))
           .Count("dwLogFolderSize: 0.000 MB"),
       1U);
-  EXPECT_EQ(tell("{'name': 'nuvelta_maservice_monitor_x.log', 'age_days': 91, 'size_mb': 1,"
-                 " 'in_use': true}"),
-            "e :   DeleteFile C:\\ProgramData\\Nuvelta Wireless Inc\\MAService\\HX2208GW\\"
-            "nuvelta_maservice_monitor_x.log fail,error code 32\n");
+  EXPECT_LINES(tell("{'name': 'nuvelta_maservice_monitor_x.log', 'age_days': 91, 'size_mb': 1,"
+                    " 'in_use': true}"),
+               "e :   DeleteFile C:\\ProgramData\\Nuvelta Wireless Inc\\MAService\\HX2208GW\\"
+               "nuvelta_maservice_monitor_x.log fail,error code 32\n");
 }
 
 TEST(RegistrySwitches, FollowTheirTable) {
@@ -280,11 +281,11 @@ TEST(AccountWatcher, IsStartedUnlessItRuns) {
       "h : - CMbnWinRtHelper::StartMobileBroadbandAccountWatcher\nh : - CMbnWinRtHelper::Init\n";
   const std::string runs = "0i :   Watcher is already started.\n" + exits;
   const std::string starts = "1i :   Watcher is started successfully.\n" + exits;
-  EXPECT_EQ(play({WatcherStatus::kStarted}), runs);
-  EXPECT_EQ(play({WatcherStatus::kCreated, WatcherStatus::kEnumerationCompleted}), runs);
+  EXPECT_LINES(play({WatcherStatus::kStarted}), runs);
+  EXPECT_LINES(play({WatcherStatus::kCreated, WatcherStatus::kEnumerationCompleted}), runs);
   for (const auto idle :
        {WatcherStatus::kCreated, WatcherStatus::kStopped, WatcherStatus::kAborted})
-    EXPECT_EQ(play({idle, idle}), starts);
+    EXPECT_LINES(play({idle, idle}), starts);
 }
 
 }  // namespace

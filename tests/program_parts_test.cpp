@@ -15,6 +15,7 @@
 #include "notebook/program/summary.h"
 #include "notebook/story/log_files.h"
 #include "notebook/story/temporary_folder.h"
+#include "story_support.h"
 
 namespace nuvelta::test {
 namespace {
@@ -84,7 +85,7 @@ TEST(LogFollower, HandsOverEveryLineOnceAndInOrderAcrossRotation) {
     // Not only at its end.
     for (int i = 0; i < 500 && pieces == 0; ++i) std::this_thread::sleep_for(1ms);
   }
-  EXPECT_EQ(followed, written);
+  EXPECT_LINES(followed, written);
   EXPECT_GT(pieces, static_cast<size_t>(kLines / kLinesInFile));
 }
 
@@ -110,14 +111,14 @@ TEST(LogPrinter, PrintsWholeLinesWithoutColourIntoAFile) {
   LogPrinter printer(output);
   const std::string head = "2026-11-16 00:58:46.123 0000abcd e : ";
   printer.Print(head + "one\r\nfollow");
-  EXPECT_EQ(printed(), head + "one\n");
+  EXPECT_LINES(printed(), head + "one\n");
   printer.Print("ing \xCF");
-  EXPECT_EQ(printed(), head + "one\n");
+  EXPECT_LINES(printed(), head + "one\n");
   printer.Print("\xB5\r\n\r\n" + head + "two\r\nrest\r");
   const std::string all = head + "one\nfollowing \u7cfb\n\n" + head + "two\n";
-  EXPECT_EQ(printed(), all);
+  EXPECT_LINES(printed(), all);
   printer.Print("\n");
-  EXPECT_EQ(printed(), all + "rest\n");
+  EXPECT_LINES(printed(), all + "rest\n");
   std::fclose(out);
 }
 
@@ -193,43 +194,43 @@ Summary CrashedSummary() {
 
 TEST(Summary, TellsAPersonWhatHappened) {
   Summary summary = CrashedSummary();
-  EXPECT_EQ(SummaryTable(summary),
-            "A title\n"
-            "  triggers         5\n"
-            "  runs             4\n"
-            "  retries          3\n"
-            "  give-ups         2\n"
-            "  restarts         2\n"
-            "  modem commands   query 00            radio 4 -> 4\n"
-            "                   set   01 00 00 AB   radio 4 -> 1\n"
-            "  radio            4 -> 1\n"
-            "  service states   START_PENDING, RUNNING | START_PENDING, ?\n"
-            "  process          1 CRASHED, \"task\": bad\n"
-            "  process          2 killed\n"
-            "  process          3 returned 7\n"
-            "  fault fired      SetEvent, call 2: error 0x1F\n"
-            "  fault fired      Modem::DeviceServices, call 1: out of memory 0x0\n"
-            "  fault NOT fired  HeapAlloc\n"
-            "  note             a note\n"
-            "  standard output  usage \xFF\n"
-            "  virtual time     90.500 s\n"
-            "  real time        0.025 s\n"
-            "  log files        logs\n");
+  EXPECT_LINES(SummaryTable(summary),
+               "A title\n"
+               "  triggers         5\n"
+               "  runs             4\n"
+               "  retries          3\n"
+               "  give-ups         2\n"
+               "  restarts         2\n"
+               "  modem commands   query 00            radio 4 -> 4\n"
+               "                   set   01 00 00 AB   radio 4 -> 1\n"
+               "  radio            4 -> 1\n"
+               "  service states   START_PENDING, RUNNING | START_PENDING, ?\n"
+               "  process          1 CRASHED, \"task\": bad\n"
+               "  process          2 killed\n"
+               "  process          3 returned 7\n"
+               "  fault fired      SetEvent, call 2: error 0x1F\n"
+               "  fault fired      Modem::DeviceServices, call 1: out of memory 0x0\n"
+               "  fault NOT fired  HeapAlloc\n"
+               "  note             a note\n"
+               "  standard output  usage \xFF\n"
+               "  virtual time     90.500 s\n"
+               "  real time        0.025 s\n"
+               "  log files        logs\n");
   EXPECT_EQ(SummaryLine(summary),
             "a.json: MISBEHAVED; radio 4 -> 1; 4 runs, 3 retries, 2 give-ups; 2 restarts; "
             "90.5 s in 0.025 s");
 
   // Nothing happened, and no log tells of it.
   summary = {.file = "b.json", .title = "B", .report = {}, .counts = {}, .log_folder = {}};
-  EXPECT_EQ(SummaryTable(summary),
-            "B\n"
-            "  work             not known: the service log is switched off\n"
-            "  restarts         0\n"
-            "  modem commands   none\n"
-            "  radio            0 -> 0\n"
-            "  service states   none reported\n"
-            "  virtual time     0.000 s\n"
-            "  real time        0.000 s\n");
+  EXPECT_LINES(SummaryTable(summary),
+               "B\n"
+               "  work             not known: the service log is switched off\n"
+               "  restarts         0\n"
+               "  modem commands   none\n"
+               "  radio            0 -> 0\n"
+               "  service states   none reported\n"
+               "  virtual time     0.000 s\n"
+               "  real time        0.000 s\n");
   EXPECT_EQ(SummaryLine(summary),
             "b.json: ok; radio 0 -> 0; log switched off; 0 restarts; 0.0 s in 0.000 s");
   summary.report.cut_short = true;

@@ -104,11 +104,11 @@ TEST(Failures, OfTheServiceManagerLeaveTheServiceNameless) {
   const Told told = Tell(Inline(R"({
     'notebook': {'modem': {'query': [{'hresult': '0x8007001F', 'times': 4}]}},
     'faults': [{'call': 'OpenSCManagerW'}, {'call': 'EnumServicesStatusExW'}]})"));
-  EXPECT_EQ(told.Between("OpenSCManager fail", "find taskElement"),
-            Lines({"e :   OpenSCManager fail,error code 0x5", "h : - CommonUtil::GetServiceName",
-                   "e :   Find service name fail,return false", "h : - CommonUtil::RestartService",
-                   "h : + CTaskManager::getTask",
-                   "i :   find taskElement.iPriority = 0; list size = 1 "}));
+  EXPECT_LINES(told.Between("OpenSCManager fail", "find taskElement"),
+               Lines({"e :   OpenSCManager fail,error code 0x5", "h : - CommonUtil::GetServiceName",
+                      "e :   Find service name fail,return false",
+                      "h : - CommonUtil::RestartService", "h : + CTaskManager::getTask",
+                      "i :   find taskElement.iPriority = 0; list size = 1 "}));
   EXPECT_EQ(told.Count("Find service name fail,return false"), 2U);
   EXPECT_EQ(States(told.report), "2 4 | 2 4 3 1");
 }
@@ -197,9 +197,9 @@ TEST(StoryFailure, LetsNobodyHaveWhatACrashLetsGo) {
     const Told told = Tell(scenario, seed);
     EXPECT_EQ(told.report.processes.at(0).crash, "thread \"service main\": std::bad_alloc");
     EXPECT_EQ(told.Count("+ NService::dealDeviceArrive"), 1U) << seed;
-    EXPECT_EQ(told.Matching("+ CMbnWinRtHelper::Init"),
-              Lines({"h : + CMbnWinRtHelper::Init",
-                     "h : + CMbnWinRtHelper::InitMobileBroadbandAccountWatcher"}))
+    EXPECT_LINES(told.Matching("+ CMbnWinRtHelper::Init"),
+                 Lines({"h : + CMbnWinRtHelper::Init",
+                        "h : + CMbnWinRtHelper::InitMobileBroadbandAccountWatcher"}))
         << seed;
   }
 }

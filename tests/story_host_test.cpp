@@ -37,13 +37,13 @@ TEST(StoryHost, CountsItsCheckPoints) {
 
 TEST(StoryHost, LogsControls) {
   const Told told = TellShipped("pause_and_shutdown");
-  EXPECT_EQ(told.Between("CtrlCode = 0x2 ", "- ServiceCtrlHandler"),
-            Lines({"i :   CtrlCode = 0x2 ; dwEventType = 0", "i :   SERVICE_CONTROL_PAUSE",
-                   "h : + ReportServiceStatus", "i :   dwControlsAccepted = 0x81",
-                   "h : - ReportServiceStatus", "h : - ServiceCtrlHandler"}));
-  EXPECT_EQ(told.Between("CtrlCode = 0xc8", "ServiceCtrlHandler"),
-            Lines({"i :   CtrlCode = 0xc8 ; dwEventType = 0", "h : - ServiceCtrlHandler"}));
-  EXPECT_EQ(
+  EXPECT_LINES(told.Between("CtrlCode = 0x2 ", "- ServiceCtrlHandler"),
+               Lines({"i :   CtrlCode = 0x2 ; dwEventType = 0", "i :   SERVICE_CONTROL_PAUSE",
+                      "h : + ReportServiceStatus", "i :   dwControlsAccepted = 0x81",
+                      "h : - ReportServiceStatus", "h : - ServiceCtrlHandler"}));
+  EXPECT_LINES(told.Between("CtrlCode = 0xc8", "ServiceCtrlHandler"),
+               Lines({"i :   CtrlCode = 0xc8 ; dwEventType = 0", "h : - ServiceCtrlHandler"}));
+  EXPECT_LINES(
       told.Between("CtrlCode = 0x5 ", "- ServiceCtrlHandler"),
       Lines({"i :   CtrlCode = 0x5 ; dwEventType = 0", "h : + ReportServiceStatus",
              "i :   dwControlsAccepted = 0x81", "h : - ReportServiceStatus",
@@ -76,30 +76,31 @@ TEST(StoryHost, GetsOnlyTheControlsThatItAccepts) {
             "13.000 s: control 14, not delivered\n"
             "20.000 s: control 4, error 1062, the service does not run\n"
             "20.000 s: control 5, error 1062, the service does not run\n");
-  EXPECT_EQ(told.Matching("CtrlCode"), Lines({"i :   CtrlCode = 0x4 ; dwEventType = 0",
-                                              "i :   CtrlCode = 0xc8 ; dwEventType = 0",
-                                              "i :   CtrlCode = 0x1 ; dwEventType = 0"}));
+  EXPECT_LINES(told.Matching("CtrlCode"), Lines({"i :   CtrlCode = 0x4 ; dwEventType = 0",
+                                                 "i :   CtrlCode = 0xc8 ; dwEventType = 0",
+                                                 "i :   CtrlCode = 0x1 ; dwEventType = 0"}));
   EXPECT_EQ(Reports(told.report), "2/1/1000/0 4/0/0/129 3/2/0/129 1/0/0/129 ");
   EXPECT_EQ(Refusals(TellShipped("sessions_and_battery").report), "");
 }
 
 TEST(StoryHost, LogsSessionsBatteryAndRemovalAndDoesNothing) {
   const Told told = TellShipped("sessions_and_battery");
-  EXPECT_EQ(told.Matching("SessionNumber"),
-            Lines({"i :   [0]SessionNumber is: 0 ,wts.State = 4 (0 WTSActive ; 1 WTSConnected ;4 "
-                   "WTSDisconnected ;9 WTSInit ) , ,pWinStationName = Services ",
-                   "i :   [1]SessionNumber is: 3 ,pWinStationName = Console is active",
-                   "i :   [2]SessionNumber is: 3 ,wts.State = 4 (0 WTSActive ; 1 WTSConnected ;4 "
-                   "WTSDisconnected ;9 WTSInit ) , ,pWinStationName = RDP-Tcp "}));
-  EXPECT_EQ(told.Between("dwEventType = 5", "WTS_SESSION_LOCK"),
-            Lines({"i :   CtrlCode = 0xe ; dwEventType = 5",
-                   "i :   SERVICE_CONTROL_SESSIONCHANGE :: WTS_SESSION_LOGON ",
-                   "h : - ServiceCtrlHandler", "h : + ServiceCtrlHandler",
-                   "i :   CtrlCode = 0xe ; dwEventType = 7",
-                   "i :   SERVICE_CONTROL_SESSIONCHANGE :: WTS_SESSION_LOCK "}));
-  EXPECT_EQ(told.Between("dwEventType = 11", "- ServiceCtrlHandler"),
-            Lines({"i :   CtrlCode = 0xe ; dwEventType = 11", "h : - ServiceCtrlHandler"}));
-  EXPECT_EQ(
+  EXPECT_LINES(
+      told.Matching("SessionNumber"),
+      Lines({"i :   [0]SessionNumber is: 0 ,wts.State = 4 (0 WTSActive ; 1 WTSConnected ;4 "
+             "WTSDisconnected ;9 WTSInit ) , ,pWinStationName = Services ",
+             "i :   [1]SessionNumber is: 3 ,pWinStationName = Console is active",
+             "i :   [2]SessionNumber is: 3 ,wts.State = 4 (0 WTSActive ; 1 WTSConnected ;4 "
+             "WTSDisconnected ;9 WTSInit ) , ,pWinStationName = RDP-Tcp "}));
+  EXPECT_LINES(told.Between("dwEventType = 5", "WTS_SESSION_LOCK"),
+               Lines({"i :   CtrlCode = 0xe ; dwEventType = 5",
+                      "i :   SERVICE_CONTROL_SESSIONCHANGE :: WTS_SESSION_LOGON ",
+                      "h : - ServiceCtrlHandler", "h : + ServiceCtrlHandler",
+                      "i :   CtrlCode = 0xe ; dwEventType = 7",
+                      "i :   SERVICE_CONTROL_SESSIONCHANGE :: WTS_SESSION_LOCK "}));
+  EXPECT_LINES(told.Between("dwEventType = 11", "- ServiceCtrlHandler"),
+               Lines({"i :   CtrlCode = 0xe ; dwEventType = 11", "h : - ServiceCtrlHandler"}));
+  EXPECT_LINES(
       told.Between("SERVICE_CONTROL_POWEREVENT", "3124629325"),
       Lines({"i :   SERVICE_CONTROL_POWEREVENT",
              "i :   pPowerBroadcastSetting->PowerSetting =GUID_BATTERY_PERCENTAGE_REMAINING",
@@ -113,11 +114,11 @@ TEST(StoryHost, LogsSessionsBatteryAndRemovalAndDoesNothing) {
 
 TEST(StoryHost, DropsAnArrivalBeforeTheServiceObjectExists) {
   const Told told = TellShipped("arrival_during_start");
-  EXPECT_EQ(told.Between("+ ServiceCtrlHandler", "- ServiceCtrlHandler"),
-            Lines({"h : + ServiceCtrlHandler", "i :   CtrlCode = 0xb ; dwEventType = 32768",
-                   "i :   Device Arrival. (\\\\?\\USB#VID_3A5E&PID_4A10&MI_00#6&2A1B3C4D&0&0000#"
-                   "{cac88484-7515-4c03-82e6-71a87abac361})",
-                   "h : - ServiceCtrlHandler"}));
+  EXPECT_LINES(told.Between("+ ServiceCtrlHandler", "- ServiceCtrlHandler"),
+               Lines({"h : + ServiceCtrlHandler", "i :   CtrlCode = 0xb ; dwEventType = 32768",
+                      "i :   Device Arrival. (\\\\?\\USB#VID_3A5E&PID_4A10&MI_00#6&2A1B3C4D&0&0000#"
+                      "{cac88484-7515-4c03-82e6-71a87abac361})",
+                      "h : - ServiceCtrlHandler"}));
 }
 
 // The Chinese words are in code page 936.
@@ -127,7 +128,7 @@ const std::string kStartUpTime =
 TEST(StoryHost, TellsQuickBootFromSleepByFiveSeconds) {
   const Told quick = TellShipped("quick_boot_resume");
   // The months of the logon are counted from 0, those of the suspend from 1.
-  EXPECT_EQ(
+  EXPECT_LINES(
       quick.Between("Event Type = 4", "+ CTaskManager::GetTaskManagerInstance"),
       Lines({"i :   PowerChanged: Event Type = 4 ( 4 PBT_APMSUSPEND; 7 PBT_APMRESUMESUSPEND ; 18 "
              "PBT_APMRESUMEAUTOMATIC)",
@@ -146,7 +147,7 @@ TEST(StoryHost, TellsQuickBootFromSleepByFiveSeconds) {
              "i :   PBT_APMRESUMEAUTOMATIC is quick boot ; g_suspendTime_t - logonTime = 4",
              "h : + NService::dealQuickBoot", "h : + CTaskManager::GetTaskManagerInstance"}));
   // The twin has no scope of its own.
-  EXPECT_EQ(
+  EXPECT_LINES(
       TellShipped("sleep_resume").Between("is sleep or", "Event Type = 7"),
       Lines({"i :   PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; "
              "g_suspendTime_t - logonTime = 5",
@@ -171,46 +172,48 @@ TEST(StoryHost, TellsQuickBootFromSleepByFiveSeconds) {
 
 TEST(StoryHost, FindsTheLogonInLocalTime) {
   // A warning of the source and the source in other case are passed over.
-  EXPECT_EQ(TellShipped("hibernate_resume").Matching(kStartUpTime),
-            "i :   " + kStartUpTime + " = 2026-10-15 16:58:46 ; logonTime = 1794758326\n");
+  EXPECT_LINES(TellShipped("hibernate_resume").Matching(kStartUpTime),
+               "i :   " + kStartUpTime + " = 2026-10-15 16:58:46 ; logonTime = 1794758326\n");
   const Told forgotten = TellShipped("no_logon_recorded");
-  EXPECT_EQ(forgotten.Between("not find logon", "is sleep or"),
-            Lines({"i :   not find logon time,because start long long ago , so set a fake time = "
-                   "2026-11-29 09:01:30 : one day ago",
-                   "i :   -getLastLogTime",
-                   "i :   " + kStartUpTime + " = 2026-11-29 09:01:30 ; logonTime = 1798534890",
-                   "i :   PBT_APMRESUMEAUTOMATIC g_szSuspendTime = 2027-01-05 09:01:00 ; "
-                   "g_suspendTime_t = 1799139660",
-                   "i :   PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; "
-                   "g_suspendTime_t - logonTime = 604770"}));
-  EXPECT_EQ(TellShipped("event_log_locked").Between("+getLastLogTime", "is sleep or"),
-            Lines({"i :   +getLastLogTime", "e :   Could not open the Application event log.",
-                   "i :   " + kStartUpTime + " =  ; logonTime = 0",
-                   "i :   PBT_APMRESUMEAUTOMATIC g_szSuspendTime = 2026-11-16 00:59:46 ; "
-                   "g_suspendTime_t = 1794790786",
-                   "i :   PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; "
-                   "g_suspendTime_t - logonTime = 1794790786"}));
+  EXPECT_LINES(
+      forgotten.Between("not find logon", "is sleep or"),
+      Lines({"i :   not find logon time,because start long long ago , so set a fake time = "
+             "2026-11-29 09:01:30 : one day ago",
+             "i :   -getLastLogTime",
+             "i :   " + kStartUpTime + " = 2026-11-29 09:01:30 ; logonTime = 1798534890",
+             "i :   PBT_APMRESUMEAUTOMATIC g_szSuspendTime = 2027-01-05 09:01:00 ; "
+             "g_suspendTime_t = 1799139660",
+             "i :   PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; "
+             "g_suspendTime_t - logonTime = 604770"}));
+  EXPECT_LINES(TellShipped("event_log_locked").Between("+getLastLogTime", "is sleep or"),
+               Lines({"i :   +getLastLogTime", "e :   Could not open the Application event log.",
+                      "i :   " + kStartUpTime + " =  ; logonTime = 0",
+                      "i :   PBT_APMRESUMEAUTOMATIC g_szSuspendTime = 2026-11-16 00:59:46 ; "
+                      "g_suspendTime_t = 1794790786",
+                      "i :   PBT_APMRESUMEAUTOMATIC is sleep or   Hibernate ,then resume; "
+                      "g_suspendTime_t - logonTime = 1794790786"}));
 }
 
 TEST(StoryHost, ClearsARunningTaskWhateverItSays) {
-  EXPECT_EQ(
+  EXPECT_LINES(
       TellShipped("resume_during_job").Between("+ CTaskManager::cleanNotDealTasks", "- CTask"),
       Lines({"h : + CTaskManager::cleanNotDealTasks",
              "i :   [1]: do not clean dealing task iPriority 0(0 TASK_PRIORITY_HIGH ; 1 "
              "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) CTaskAuthModule  retry times = 30",
              "h : - CTaskManager::cleanNotDealTasks"}));
-  EXPECT_EQ(TellShipped("resume_without_suspend").Matching("]: clean"),
-            Lines({"i :   [1]: clean not dealing task iPriority 0(0 TASK_PRIORITY_HIGH ; 1 "
-                   "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) CTaskAuthModule retry times = 27",
-                   "i :   [1]: clean not dealing task iPriority 0(0 TASK_PRIORITY_HIGH ; 1 "
-                   "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) CTaskAuthModule retry times = 0"}));
+  EXPECT_LINES(
+      TellShipped("resume_without_suspend").Matching("]: clean"),
+      Lines({"i :   [1]: clean not dealing task iPriority 0(0 TASK_PRIORITY_HIGH ; 1 "
+             "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) CTaskAuthModule retry times = 27",
+             "i :   [1]: clean not dealing task iPriority 0(0 TASK_PRIORITY_HIGH ; 1 "
+             "TASK_PRIORITY_MEDIUM ; 2 TASK_PRIORITY_LOW) CTaskAuthModule retry times = 0"}));
 }
 
 TEST(StoryHost, ReplacesAShortNameByTheFamily) {
-  EXPECT_EQ(TellShipped("blank_version").Matching("SMBIOS system project_name"),
-            Lines({"i :   SMBIOS system project_name =  ",
-                   "i :   SMBIOS system project_name = ThinkPad L14 Gen 5 \xA3\xAC replace by "
-                   "family"}));
+  EXPECT_LINES(TellShipped("blank_version").Matching("SMBIOS system project_name"),
+               Lines({"i :   SMBIOS system project_name =  ",
+                      "i :   SMBIOS system project_name = ThinkPad L14 Gen 5 \xA3\xAC replace by "
+                      "family"}));
 }
 
 TEST(StoryHost, PrunesOldLogs) {
@@ -218,7 +221,7 @@ TEST(StoryHost, PrunesOldLogs) {
   const std::string folder = "C:\\ProgramData\\Nuvelta Wireless Inc\\MAService\\HX2208GW";
   std::string text = told.Matching("delete");
   text.erase(text.find("i :   find the same task"));
-  EXPECT_EQ(
+  EXPECT_LINES(
       text,
       Lines({"i :   because dwLogFolderSize: 120.000 MB > max_size  = 100.000 MB ; delete log "
              "file[1] (nuvelta_maservice_monitor_HX2208GW_2026-08-17_00.58.46.log) "
@@ -231,7 +234,7 @@ TEST(StoryHost, PrunesOldLogs) {
              "i :   because dwLogFolderSize: 105.000 MB > max_size  = 100.000 MB ; delete log "
              "file[4] (nuvelta_maservice_monitor_HX2208GW_2026-11-05_18.58.46.log) "
              "filesize[15.000 MB] ,after delete dwLogFolderSize = 90.000 MB"}));
-  EXPECT_EQ(
+  EXPECT_LINES(
       told.Matching("DeleteFile "),
       "e :   DeleteFile " + folder +
           "\\nuvelta_maservice_monitor_HX2208GW_2026-08-28_00.58.46.log fail,error code 32\n");

@@ -118,9 +118,9 @@ TEST(Hostile, AdaptersWithOddNames) {
   TellAndCheck(scenario);
   scenario.notebook.modem.instance_id = "";
   const Told none = TellAndCheck(scenario);
-  EXPECT_EQ(none.Between("Get Instance Id", "- CDeviceHelper"),
-            Lines({"i :   Get Instance Id ", "i :   not get hardware id,return",
-                   "h : - CDeviceHelper::IsNuveltaMBIMDevcieExist"}));
+  EXPECT_LINES(none.Between("Get Instance Id", "- CDeviceHelper"),
+               Lines({"i :   Get Instance Id ", "i :   not get hardware id,return",
+                      "h : - CDeviceHelper::IsNuveltaMBIMDevcieExist"}));
 }
 
 Bytes Wide(const std::string& text) {
@@ -139,8 +139,8 @@ TEST(Hostile, HardwareIdsWithoutEnd) {
   const std::string pci = "PCI\\VEN_2F1B&DEV_0001";
   // The maker's PCI device, without a terminator and as long as the buffer.
   Bytes full = Wide(pci + std::string(512 - pci.size(), 'X'));
-  EXPECT_EQ(tell_with(full).Matching("find auth hwid"),
-            "i :   find auth hwid : PCI\\VEN_2F1B&DEV_0001XXXXXXXXXXXX,return true\n");
+  EXPECT_LINES(tell_with(full).Matching("find auth hwid"),
+               "i :   find auth hwid : PCI\\VEN_2F1B&DEV_0001XXXXXXXXXXXX,return true\n");
   // Larger than the buffer: the property cannot be read, and the device is skipped.
   EXPECT_EQ(tell_with(Wide(pci + std::string(2048 - pci.size(), 'X'))).report.radio_after, 1);
   for (const Bytes& id : {Bytes{}, Bytes{0x50}, Bytes{0x50, 0, 0x43}, Bytes(1024, 0xD8)}) {

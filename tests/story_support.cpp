@@ -1,10 +1,14 @@
 #include "story_support.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <map>
 #include <stdexcept>
 
 #include "notebook/scenario/scenario_reader.h"
+#include "notebook/scenario/scenario_text.h"
 #include "notebook/story/text_shape.h"
+#include "replay.h"
 #include "source_folder.h"
 
 namespace nuvelta::test {
@@ -29,6 +33,46 @@ bool Contains(std::string_view text, std::string_view part) {
 }
 
 void AddLine(std::string& lines, std::string_view line) { lines.append(line).append("\n"); }
+
+// Stories write and remove many small files. As in explore.
+const bool g_folder_in_memory = [] {
+  const bool wanted = std::getenv("TMPDIR") == nullptr && fs::is_directory("/dev/shm");
+  return wanted && setenv("TMPDIR", "/dev/shm", 1) == 0;
+}();
+
+// The files of scenarios, and the texts of inline ones, by their titles.
+std::map<std::string, std::function<std::string()>> g_files;
+
+void NoteStory(const Scenario& scenario, std::optional<uint64_t> seed, const char* options) {
+  const auto file = g_files.find(scenario.title);
+  if (file == g_files.end()) return NoteReplay(nullptr);
+  NoteReplay([file = file->second, seed = seed.value_or(scenario.seed), options] {
+    return ReplayCommand(file(), seed) + options;
+  });
+}
+
+std::vector<std::string_view> SplitLines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+    lines.push_back(text.substr(0, end));
+    text.remove_prefix(end);
+  }
+  return lines;
+}
+
+// Some of the lines, each with its number; printable and without its line end.
+std::string Numbered(const std::vector<std::string_view>& lines, size_t from, size_t to) {
+  std::string text;
+  for (size_t i = from; i < std::min(to, lines.size()); ++i) {
+    const std::string_view line = lines[i].substr(0, lines[i].find_last_not_of("\r\n") + 1);
+    text += (i < 9    ? "     "
+             : i < 99 ? "    "
+                      : "   ") +
+            std::to_string(i + 1) + "  " + virtual_notebook::Shown(line, 400) + "\n";
+  }
+  return to > lines.size() ? text + "        (its end)\n" : text;
+}
 
 }  // namespace
 
@@ -92,17 +136,25 @@ std::vector<std::string> ShippedScenarios() {
 }
 
 Scenario Shipped(const std::string& name) {
-  return virtual_notebook::ReadScenarioFile((kScenarios / (name + ".json")).string());
+  Scenario scenario = virtual_notebook::ReadScenarioFile((kScenarios / (name + ".json")).string());
+  g_files[scenario.title] = [file = "scenarios/" + name + ".json"] { return file; };
+  return scenario;
 }
 
 Scenario Inline(std::string json) {
   std::ranges::replace(json, '\'', '"');
   const bool empty = json.find(':') == std::string::npos;
-  json.insert(json.find('{') + 1, std::string(R"("title": "inline")") + (empty ? "" : ","));
-  return virtual_notebook::ReadScenarioText(json, "inline", kScenarios.string());
+  const std::string title = "inline " + std::to_string(g_files.size());
+  json.insert(json.find('{') + 1, "\"title\": \"" + title + (empty ? "\"" : "\","));
+  g_files[title] = [json] {
+    const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+    return KeepFinding(std::string(test->test_suite_name()) + "." + test->name(), json);
+  };
+  return virtual_notebook::ReadScenarioText(json, title, kScenarios.string());
 }
 
 Told Tell(const Scenario& scenario, std::optional<uint64_t> seed) {
+  NoteStory(scenario, seed, "");
   const TemporaryFolder disk;
   Told told{.report = story::Play(scenario, {.disk = disk.Path(), .seed = seed}), .log = {}};
   told.log = story::ReadLog(scenario, disk.Path());
@@ -110,6 +162,7 @@ Told Tell(const Scenario& scenario, std::optional<uint64_t> seed) {
 }
 
 StoryReport TellFreely(const Scenario& scenario) {
+  NoteStory(scenario, {}, " --free");
   const TemporaryFolder disk;
   return story::Play(scenario, {.disk = disk.Path(), .seed = {}, .free_running = true});
 }
@@ -156,6 +209,22 @@ std::string Lines(std::initializer_list<std::string_view> lines) {
   std::string text;
   for (const std::string_view line : lines) AddLine(text, line);
   return text;
+}
+
+testing::AssertionResult SameLines(const char* written_expression,
+                                   const char* /*expected_expression*/, const std::string& written,
+                                   const std::string& expected) {
+  if (written == expected) return testing::AssertionSuccess();
+  constexpr size_t kAround = 5;
+  const auto now = SplitLines(written);
+  const auto due = SplitLines(expected);
+  size_t at = 0;
+  while (at < now.size() && at < due.size() && now[at] == due[at]) ++at;
+  return testing::AssertionFailure()
+         << "the first difference is in line " << at + 1 << "\n"
+         << Numbered(due, at - std::min(at, kAround), at) << "  expected\n"
+         << Numbered(due, at, at + kAround + 1) << "  written\n"
+         << Numbered(now, at, at + kAround + 1) << "of " << written_expression;
 }
 
 }  // namespace nuvelta::test

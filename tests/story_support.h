@@ -1,6 +1,8 @@
 // Plays stories for tests and reads what they left behind.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -41,7 +43,8 @@ struct Told {
   std::string Matching(std::string_view part) const;
 };
 
-// Shipped scenarios by their name without folder and extension.
+// Shipped scenarios by their name without folder and extension. Tell() notes how those and
+// inline ones are played again.
 std::vector<std::string> ShippedScenarios();
 Scenario Shipped(const std::string& name);
 // A scenario in JSON; a title is added. Single quotes may stand for double ones.
@@ -57,5 +60,12 @@ std::string States(const StoryReport& report);
 
 // Texts joined with line ends, as Told::Between answers them.
 std::string Lines(std::initializer_list<std::string_view> lines);
+
+// Whether two texts are the same. When they are not, it shows the first line that differs
+// and what stands around it.
+testing::AssertionResult SameLines(const char* written_expression, const char* expected_expression,
+                                   const std::string& written, const std::string& expected);
+#define EXPECT_LINES(written, expected) \
+  EXPECT_PRED_FORMAT2(::nuvelta::test::SameLines, written, expected)
 
 }  // namespace nuvelta::test

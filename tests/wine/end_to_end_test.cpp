@@ -11,6 +11,7 @@
 #include <set>
 
 #include "notebook/story/log_files.h"
+#include "replay.h"
 #include "source_folder.h"
 #include "story_support.h"
 #include "wine/program/journal_report.h"
@@ -41,6 +42,7 @@ class UnderWine : public testing::Test {
   }
 
   WineStory Play(const std::string& name) {
+    NoteReplay([name] { return "./run scenarios/" + name + ".json"; });
     return PlayUnderWine(prefix, File(name), Shipped(name), {});
   }
 
