@@ -2,448 +2,311 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
+#include <stdexcept>
+
+#include "notebook/model/port_calls.h"
 
 namespace nuvelta::test {
 
 namespace {
 
-constexpr std::string_view kGet = "CMbnWinRtHelper::GetMbimCfun";
-constexpr std::string_view kSet = "CMbnWinRtHelper::SetMbimCfun";
-constexpr std::string_view kExist = "CMbnWinRtHelper::IsMbimExist";
-constexpr std::string_view kStart = "CMbnWinRtHelper::StartMobileBroadbandAccountWatcher";
-constexpr std::string_view kPresence = "CDeviceHelper::IsNuveltaMBIMDevcieExist";
-constexpr std::string_view kHwid = "CDeviceHelper::GetAuthDeviceHwid";
-constexpr std::string_view kReader = "CommonUtil::ReadDWORDRegValue";
-constexpr std::string_view kName = "CommonUtil::GetServiceName";
-constexpr std::string_view kRestart = "CommonUtil::RestartService";
-constexpr std::string_view kVerify = "CTaskAuthModule::VerifyPlatform";
-constexpr std::string_view kJob = "CTaskAuthModule::doJob";
-constexpr std::string_view kMain = "ServiceMain";
-constexpr std::string_view kRetention = "DeleteFileWhileExceedMaxSizeAndTime";
-constexpr std::string_view kControl = "ServiceCtrlHandler";
-constexpr std::string_view kNone;
+// A row: calls | how they fail | scope around them, - for none | outcome | line | line ...
+// A line is - for the scope's exit line, ends with * where only its beginning counts, and
+// has bytes that are not printable as \xNN; {what} is what an exception of that kind is
+// called. "no trace" instead of lines: the log need not show it. What is indented goes on
+// with the row above it; of two rows that fit the upper one counts.
+constexpr const char* kTable = R"(
+# The query and the set command: the exception becomes a line, at error level in the query
+# only, and the exception branch.
+CommandOperation::Completed CommandOperation::GetResults CommandResult::ResponseData
+  CommandResult::StatusCode CommandSession::CloseSession CommandSession::SendQueryCommandAsync
+  DataBuffer::Buffer DataBuffer::Length DataWriter::DetachBuffer DataWriter::WriteBytes
+  DeviceService::OpenCommandSession DeviceServiceInformation::DeviceServiceId
+  DeviceServiceList::GetAt DeviceServiceList::Size MobileBroadband::CreateDataWriter
+  MobileBroadband::GetDefault Modem::DeviceServices Modem::GetDeviceService
+  | hresult bad_alloc | CMbnWinRtHelper::GetMbimCfun | same | e :   exception {what} | -
+  | i :   bIsException happend ,will add Exception times and retry
+CommandOperation::Completed CommandOperation::GetResults CommandResult::StatusCode
+  CommandSession::CloseSession CommandSession::SendSetCommandAsync DataWriter::DetachBuffer
+  DataWriter::WriteBytes DeviceService::OpenCommandSession MobileBroadband::CreateDataWriter
+  MobileBroadband::GetDefault Modem::GetDeviceService
+  | hresult bad_alloc | CMbnWinRtHelper::SetMbimCfun | same | i :   exception {what} | -
+  | i :   bIsException happend ,will add Exception times and retry
+# A null object is an exception where it is used; where the modem throws without the fault,
+# it comes a line later.
+CommandOperation::GetResults CommandSession::SendQueryCommandAsync DataWriter::DetachBuffer
+  DeviceServiceList::GetAt MobileBroadband::CreateDataWriter Modem::DeviceServices
+  | null | CMbnWinRtHelper::GetMbimCfun | same | e :   exception other | -
+  | i :   bIsException happend ,will add Exception times and retry
+CommandSession::SendQueryCommandAsync | null | CMbnWinRtHelper::GetMbimCfun | same
+  | i :   -SendQueryCommandAsync | e :   exception other | -
+  | i :   bIsException happend ,will add Exception times and retry
+CommandOperation::GetResults CommandSession::SendSetCommandAsync DataWriter::DetachBuffer
+  MobileBroadband::CreateDataWriter | null | CMbnWinRtHelper::SetMbimCfun | same
+  | i :   exception other | - | i :   bIsException happend ,will add Exception times and retry
+# An event that cannot be had for the wait is a platform exception as well.
+CreateEventW | error | CMbnWinRtHelper::GetMbimCfun | same
+  | e :   exception other | - | i :   bIsException happend ,will add Exception times and retry
+CreateEventW | error | CMbnWinRtHelper::SetMbimCfun | same
+  | i :   exception other | - | i :   bIsException happend ,will add Exception times and retry
 
-constexpr std::string_view kBranch =
-    "i :   bIsException happend ,will add Exception times and retry";
-constexpr std::string_view kGetExit = "h : - CMbnWinRtHelper::GetMbimCfun";
-constexpr std::string_view kSetExit = "h : - CMbnWinRtHelper::SetMbimCfun";
-constexpr std::string_view kGetFailed = "i :   get cfun fail,retry";
-constexpr std::string_view kSetFailed = "e :   SetMbimCfun failed, will retry!!!";
-constexpr std::string_view kPresenceExit = "h : - CDeviceHelper::IsNuveltaMBIMDevcieExist";
-constexpr std::string_view kAbsent = "i :   MBIM Device is not nuvelta device.";
-constexpr std::string_view kNotFcc = "e :   isFccMode = false  , exit";
-constexpr std::string_view kNameless = "e :   Find service name fail,return false";
-constexpr std::string_view kNameExit = "h : - CommonUtil::GetServiceName";
-constexpr std::string_view kRestartExit = "h : - CommonUtil::RestartService";
+# These null objects are no exception: a line, and a retry without counting one.
+MobileBroadband::GetDefault | null | CTaskAuthModule::doJob | same
+  | i :   MBIM Device is not exist.
+MobileBroadband::GetDefault | null | CMbnWinRtHelper::GetMbimCfun | same
+  | e :   MBIM Modem is not exist! | - | i :   get cfun fail,retry
+MobileBroadband::GetDefault | null | CMbnWinRtHelper::SetMbimCfun | same
+  | e :   MBIM Modem is not exist! | - | e :   SetMbimCfun failed, will retry!!!
+Modem::GetDeviceService | null | CMbnWinRtHelper::GetMbimCfun | same
+  | e :   GetDeviceService() failed. qbi_uuid ={11223344-5566-7788-99AA-BBCCDDEEFF11} | -
+  | i :   get cfun fail,retry
+Modem::GetDeviceService | null | CMbnWinRtHelper::SetMbimCfun | same
+  | i :   GetDeviceService() failed. qbi_uuid ={11223344-5566-7788-99AA-BBCCDDEEFF11} | -
+  | e :   SetMbimCfun failed, will retry!!!
+DeviceService::OpenCommandSession | null | CMbnWinRtHelper::GetMbimCfun | same
+  | e :   OpenCommandSession() failed. | - | i :   get cfun fail,retry
+DeviceService::OpenCommandSession | null | CMbnWinRtHelper::SetMbimCfun | same
+  | i :   OpenCommandSession() failed. | - | e :   SetMbimCfun failed, will retry!!!
+# No data at all is a failed query.
+CommandResult::ResponseData DataBuffer::Buffer | null | CMbnWinRtHelper::GetMbimCfun | same
+  | - | i :   get cfun fail,retry
+# Asked only whether there is a modem, nothing is counted.
+MobileBroadband::GetDefault | hresult bad_alloc | CMbnWinRtHelper::IsMbimExist | same
+  | e :   exception {what} | - | i :   MBIM Device is not exist.
 
-using Rows = std::vector<Consequence>;
+# The account watcher: setting up catches nothing; starting catches what has a message.
+AccountWatcher::AccountAdded AccountWatcher::AccountRemoved AccountWatcher::EnumerationCompleted
+  | hresult bad_alloc | - | crash
+MobileBroadband::CreateAccountWatcher | hresult bad_alloc null | - | crash
+AccountWatcher::Start AccountWatcher::Status | hresult | - | crash
+AccountWatcher::Start AccountWatcher::Status | bad_alloc
+  | CMbnWinRtHelper::StartMobileBroadbandAccountWatcher | unheard
+  | i :   exception : std::bad_alloc | - | h : - CMbnWinRtHelper::Init
 
-// Calls of the query, of the set command, or of both: the exception becomes a
-// line, at error level in the query only, and the exception branch.
-void AddCommandChannel(Rows& rows) {
-  struct Call {
-    std::string_view name;
-    bool get;
-    bool set;
-    bool null = false;  // a null object is an exception where it is used
-  };
-  constexpr std::array kCalls{
-      Call{"CommandOperation::Completed", true, true},
-      Call{"CommandOperation::GetResults", true, true, true},
-      Call{"CommandResult::ResponseData", true, false},
-      Call{"CommandResult::StatusCode", true, true},
-      Call{"CommandSession::CloseSession", true, true},
-      Call{"CommandSession::SendQueryCommandAsync", true, false, true},
-      Call{"CommandSession::SendSetCommandAsync", false, true, true},
-      Call{"DataBuffer::Buffer", true, false},
-      Call{"DataBuffer::Length", true, false},
-      Call{"DataWriter::DetachBuffer", true, true, true},
-      Call{"DataWriter::WriteBytes", true, true},
-      Call{"DeviceService::OpenCommandSession", true, true},
-      Call{"DeviceServiceInformation::DeviceServiceId", true, false},
-      Call{"DeviceServiceList::GetAt", true, false, true},
-      Call{"DeviceServiceList::Size", true, false},
-      Call{"MobileBroadband::CreateDataWriter", true, true, true},
-      Call{"MobileBroadband::GetDefault", true, true},
-      Call{"Modem::DeviceServices", true, false, true},
-      Call{"Modem::GetDeviceService", true, true},
-  };
-  for (const Call& call : kCalls) {
-    if (call.get) {
-      rows.push_back(
-          {call.name, How::kHresult, kGet, {"e :   exception other", kGetExit, kBranch}});
-      rows.push_back({call.name,
-                      How::kBadAlloc,
-                      kGet,
-                      {"e :   exception : std::bad_alloc", kGetExit, kBranch}});
+# The service's host.
+StartServiceCtrlDispatcherW | error | - | no_dispatcher
+  | i :   N auth Service: Main: StartServiceCtrlDispatcher returned error : 1063
+LookUpNtQuerySystemInformation | error | ServiceMain | same
+  | e :   Get NtQuerySystemInformation Addr Failed!\x0A | i :   filename: *
+NtQuerySystemInformation | error | ServiceMain | same | i :   filename: *
+FileTimeToLocalFileTime | error | ServiceMain | same | i :   Date: * | i :   filename: *
+FileTimeToSystemTime | error | ServiceMain | same
+  | i :   Date: 00-00-0000\x0ATime: 00:00:00\x0A | i :   filename: *
+GetModuleFileNameW | error | ServiceMain | same | i :   filename:\x20
+GetFileVersionInfoSizeW GetFileVersionInfoW VerQueryValueW HeapAlloc
+  | error | ServiceMain | same | i :   dwSessionCount: *
+WTSEnumerateSessionsW | error | ServiceMain | same
+  | i :   WTSEnumerateSessions failed. GetLastError: 1722
+RegisterServiceCtrlHandlerExW | error | ServiceMain | no_status
+  | e :   RegisterServiceCtrlHandler returned error | -
+RegisterSuspendResumeNotification | error | ServiceMain | unheard
+  | e :   RegisterSuspendResumeNotification returned error | h : + RegisterUsbDeviceNotification
+RegisterDeviceNotificationW | error | RegisterUsbDeviceNotification | unheard
+  | e :   RegisterDeviceNotification error 0x0000000d | -
+CreateEventW | error | ServiceMain | no_event | e :   CreateEvent returned error
+  | h : + ReportServiceStatus | i :   dwControlsAccepted = 0x81 | h : - ReportServiceStatus | -
+# The worker's own event: the worker looks for tasks at intervals, and nobody else runs when
+# it is signalled.
+CreateEventW | error | CTaskManager::dealTaskThread | same | h : + CTaskManager::getTask
+CreateEventW | error | CTaskManager::addTask | same | -
+# A process that never needed it, and its successor.
+CreateEventW | error | - | unknown
+  | i :   \x0D\x0A==================================   NService start *
+CreateThread | error | CTaskManager::init | no_worker
+  | i :   Create task deal thread failed, errcode(0x8).\x0D\x0A | -
+OpenEventLogW | error | - | same | e :   Could not open the Application event log.
+  | i :   PBT_APMRESUMEAUTOMATIC \xCF\xB5\xCD\xB3\xBF\xAA\xBB\xFA\xCA\xB1\xBC\xE4 =  ; logonTime = 0
+ReadEventLogW | error | - | same
+  | i :   not find logon time,because start long long ago , so set a fake time = *
+  | i :   -getLastLogTime
+
+# The restart. A name that is lost between its two forms starts nothing again.
+OpenSCManagerW | error | CommonUtil::GetServiceName | same | e :   OpenSCManager fail,error code 0x5
+  | - | e :   Find service name fail,return false | h : - CommonUtil::RestartService
+EnumServicesStatusExW LocalAlloc | error | CommonUtil::GetServiceName | same
+  | - | e :   Find service name fail,return false | h : - CommonUtil::RestartService
+ShellExecuteExW | error | CommonUtil::RestartService | same
+  | i :    RestartService failed.Error = 0x4c7 | -
+MultiByteToWideChar | error | CommonUtil::RestartService | no_start | i :   buffer *
+WideCharToMultiByte | error | CommonUtil::GetServiceName | no_start | i :   Service Name: \x0A | -
+WideCharToMultiByte | error | CommonUtil::RestartService | same | i :   buffer\x20
+
+# The modem's presence: everything that cannot be read counts as absent.
+GetAdaptersAddresses | error | CDeviceHelper::IsNuveltaMBIMDevcieExist | same
+  | i :   not get adapter,return\x20 | - | i :   MBIM Device is not nuvelta device.
+HeapAlloc | error | CDeviceHelper::IsNuveltaMBIMDevcieExist | same
+  | e :   GetAdaptersAddresses AF_UNSPEC failed | - | i :   MBIM Device is not nuvelta device.
+RegEnumKeyExA RegOpenKeyExA RegQueryValueExA SetupDiOpenClassRegKeyExW
+  | error | CDeviceHelper::IsNuveltaMBIMDevcieExist | same
+  | i :   not get hardware id,return | - | i :   MBIM Device is not nuvelta device.
+WideCharToMultiByte | error | CDeviceHelper::IsNuveltaMBIMDevcieExist | same
+  | i :   Adapters Info: *
+# Text that cannot be converted is no match: the service is not in the list.
+WideCharToMultiByte | error | CMbnWinRtHelper::GetMbimCfun | same
+  | i :   module current version not support MA,return | i :   get cfun fail,retry
+
+# A firmware that cannot be read has no texts, and an unknown platform passes; it has no
+# FCC structure either.
+GetSystemFirmwareTable HeapAlloc | error | CTaskAuthModule::VerifyPlatform | final
+  | i :   SMBIOS system project_name =\x20
+  | i :   SMBIOS system project_name =  \xA3\xAC replace by family | h : + IsCS24Project
+GetSystemFirmwareTable HeapAlloc | error | CTaskAuthModule::VerifyPlatform | final
+  | i :   platform_modem_map_size = 55 ;*
+  | i :   not in platform list. VerifyPlatform return = true\x20
+GetSystemFirmwareTable HeapAlloc | error | CTaskAuthModule::doJob | final | i :   smBiosDataSize:*
+GetSystemFirmwareTable HeapAlloc | error | CTaskAuthModule::doJob | final
+  | e :   isFccMode = false  , exit | -
+SetupDiGetClassDevsW | error | CDeviceHelper::GetAuthDeviceHwid | final
+  | i :   SetupDiGetClassDevs failed return INVALID_HANDLE_VALUE ,error code 13 \xA3\xACexit false
+  | - | i :   szAuthHwid =\x20 | i :   Get Nuvelta Device HardwareID Faild
+  | i :   VerifyPlatform return = false\x20
+SetupDiEnumDeviceInfo | error | CDeviceHelper::GetAuthDeviceHwid | final
+  | i :   SetupDiEnumDeviceInfo return : 0 ,error code: 13\x20
+SetupDiGetDeviceRegistryPropertyW | error | CDeviceHelper::GetAuthDeviceHwid | final
+  | i :   GET device Hwid[*
+SetupDiGetDeviceRegistryPropertyW | error | CDeviceHelper::GetAuthDeviceHwid | final
+  | i :   SetupDiEnumDeviceInfo return : 0 ,error code: 259\x20
+WideCharToMultiByte | error | CDeviceHelper::GetAuthDeviceHwid | final | i :   GET device Hwid[*
+# A call that has failed leaves its error, which is what the reader logs.
+WideCharToMultiByte | error | CommonUtil::ReadDWORDRegValue | same
+  | e :   RegOpenKeyEx FAIL ,ERROR code = 1113
+# The registry switches: what cannot be read is absent.
+RegOpenKeyExW | error | CommonUtil::ReadDWORDRegValue | final
+  | e :   RegOpenKeyEx FAIL ,ERROR code = * | - | i :   NOT find reg*
+RegQueryValueExW | error | CommonUtil::ReadDWORDRegValue | final
+  | e :   RegQueryValueEx FAIL ,ERROR code = * | - | i :   NOT find reg*
+HeapAlloc | error | CommonUtil::ReadDWORDRegValue | final | - | i :   NOT find reg*
+
+# The log files. The log lies below the root of the disk, or the retention looks there.
+DeleteFileA | error | DeleteFileWhileExceedMaxSizeAndTime | same | e :   DeleteFile *
+FindFirstFileA GetVariable | error | DeleteFileWhileExceedMaxSizeAndTime | same | -
+FindNextFileA GetVariable | error | DeleteFileWhileExceedMaxSizeAndTime | same
+  | i :   dwLogFolderSize: *
+FindNextFileA GetVariable | error | DeleteFileWhileExceedMaxSizeAndTime | same | i :   because *
+GetVariable | error | DeleteFileWhileExceedMaxSizeAndTime | same
+  | i :   check path : \Nuvelta Wireless Inc\MAService\HX2208GW\*
+# Texts that are only logged are empty.
+WideCharToMultiByte | error | ServiceMain | same | i :   filename:\x20
+WideCharToMultiByte | error | ServiceMain | same | i :   [*
+WideCharToMultiByte | error | ServiceCtrlHandler | same | i :   Device Arrival. ()
+WideCharToMultiByte | error | ServiceCtrlHandler | same | i :   Device Removal. ()
+WideCharToMultiByte | error | - | same | i :   find logon time !! *
+
+# A task that cannot be had: its trigger is given up without a word. Of the start's the
+# worker shows it, which finds no task; without a worker the platform's thread goes on.
+HeapAlloc | error | NService::dealDeviceArrive | unheard | -
+HeapAlloc | error | NService::dealQuickBoot | unheard | -
+HeapAlloc | error | CMbnWinRtHelper::AccountAddedHandler | unheard | -
+HeapAlloc | error | - | unheard | i :   PowerChanged: Event Type = 7 *
+HeapAlloc | error | ServiceMain | unheard | i :   \x0ANService::Run leave\x0A
+HeapAlloc | error | - | unheard
+  | h : + CTaskManager::dealTaskThread | h : + CTaskManager::getTask | h : - CTaskManager::getTask
+HeapAlloc | error | - | unheard | h : + CMbnWinRtHelper::AccountEnumHandler
+
+# Calls whose failure shows in no line of its own.
+_mkdir ResetEvent StartDetachedThread | error | - | same
+RegisterPowerSettingNotification | error | - | unheard
+SetEvent | error | - | signal
+SetServiceStatus | error | - | report
+WaitForSingleObject | error | - | wait
+
+# The answer without the fault is the same failure, or the last of a list, or about something
+# that no line is written of, or that is never needed; the modem may have thrown the same.
+CreateEventW DeleteFileA FileTimeToLocalFileTime FindNextFileA GetAdaptersAddresses GetVariable
+  NtQuerySystemInformation ReadEventLogW RegEnumKeyExA RegOpenKeyExA RegOpenKeyExW
+  RegQueryValueExA RegQueryValueExW SetupDiEnumDeviceInfo SetupDiGetDeviceRegistryPropertyW
+  WideCharToMultiByte | error | - | same | no trace
+CommandSession::SendQueryCommandAsync | hresult | - | same | no trace
+CommandResult::ResponseData DataWriter::DetachBuffer MobileBroadband::GetDefault
+  | null | - | same | no trace
+)";
+
+constexpr std::array<std::string_view, 4> kHows{"error", "null", "hresult", "bad_alloc"};
+constexpr std::array<std::string_view, 13> kOutcomes{
+    "same",      "final",    "unheard", "crash",  "no_status", "no_event", "no_dispatcher",
+    "no_worker", "no_start", "wait",    "signal", "report",    "unknown"};
+
+std::vector<std::string_view> Split(std::string_view text, std::string_view separator) {
+  std::vector<std::string_view> parts;
+  for (size_t end = 0; end != std::string_view::npos;) {
+    end = text.find(separator);
+    parts.push_back(text.substr(0, end));
+    text.remove_prefix(std::min(text.size(), end + separator.size()));
+  }
+  return parts;
+}
+
+[[noreturn]] void UnknownWord(std::string_view word) {
+  throw std::runtime_error(std::string(kTableFile) + ": unknown: " + std::string(word));
+}
+
+template <class Word, size_t Count>
+Word Find(const std::array<std::string_view, Count>& words, std::string_view word) {
+  const auto* const found = std::ranges::find(words, word);
+  if (found == words.end()) UnknownWord(word);
+  return static_cast<Word>(found - words.begin());
+}
+
+std::string Replaced(std::string text, std::string_view what, std::string_view by) {
+  const size_t at = text.find(what);
+  return at == std::string::npos ? text : text.replace(at, what.size(), by);
+}
+
+std::string LineOf(std::string_view text, const Consequence& row) {
+  if (text == "-") return "h : - " + std::string(row.scope);
+  const bool has_text = row.how == How::kBadAlloc;
+  return Replaced(Replaced(std::string(text), "{what}", has_text ? ": std::bad_alloc" : "other"),
+                  "\\x20", " ");
+}
+
+void AddRows(std::string_view text, std::vector<Consequence>& rows) {
+  const std::vector<std::string_view> cells = Split(text, " | ");
+  if (cells.size() < 4) UnknownWord(text);
+  for (const std::string_view call : Split(cells[0], " ")) {
+    if (virtual_notebook::FindCall(call) == nullptr) UnknownWord(call);
+    for (const std::string_view how : Split(cells[1], " ")) {
+      Consequence row{.call = call, .scope = cells[2] == "-" ? "" : cells[2], .lines = {}};
+      row.how = Find<How>(kHows, how);
+      row.outcome = Find<Outcome>(kOutcomes, cells[3]);
+      row.without_trace = cells.back() == kNoTrace;
+      for (size_t i = 4; i < cells.size(); ++i) row.lines.push_back(LineOf(cells[i], row));
+      rows.push_back(std::move(row));
     }
-    if (call.get && call.null) {
-      rows.push_back({call.name, How::kNull, kGet, {"e :   exception other", kGetExit, kBranch}});
-    }
-    if (call.set && call.null) {
-      rows.push_back({call.name, How::kNull, kSet, {"i :   exception other", kSetExit, kBranch}});
-    }
-    if (call.set) {
-      rows.push_back(
-          {call.name, How::kHresult, kSet, {"i :   exception other", kSetExit, kBranch}});
-      rows.push_back({call.name,
-                      How::kBadAlloc,
-                      kSet,
-                      {"i :   exception : std::bad_alloc", kSetExit, kBranch}});
+  }
+}
+
+// The table with a row a line.
+std::vector<std::string> Rows() {
+  std::vector<std::string> rows;
+  for (const std::string_view line : Split(kTable, "\n")) {
+    if (line.starts_with("  ")) {
+      rows.back().append(line.substr(1));
+    } else if (!line.empty() && !line.starts_with('#')) {
+      rows.emplace_back(line);
     }
   }
-  // Where the modem throws without the fault, the null object comes a line later.
-  rows.push_back({"CommandSession::SendQueryCommandAsync",
-                  How::kNull,
-                  kGet,
-                  {"i :   -SendQueryCommandAsync", "e :   exception other", kGetExit, kBranch}});
-  // An event that cannot be had for the wait is a platform exception as well.
-  rows.push_back({"CreateEventW", How::kError, kGet, {"e :   exception other", kGetExit, kBranch}});
-  rows.push_back({"CreateEventW", How::kError, kSet, {"i :   exception other", kSetExit, kBranch}});
-}
-
-// These null objects are no exception: a line, and a retry without counting one.
-void AddNullObjects(Rows& rows) {
-  constexpr How null = How::kNull;
-  rows.push_back({"MobileBroadband::GetDefault", null, kJob, {"i :   MBIM Device is not exist."}});
-  rows.push_back({"MobileBroadband::GetDefault",
-                  null,
-                  kGet,
-                  {"e :   MBIM Modem is not exist!", kGetExit, kGetFailed}});
-  rows.push_back({"MobileBroadband::GetDefault",
-                  null,
-                  kSet,
-                  {"e :   MBIM Modem is not exist!", kSetExit, kSetFailed}});
-  constexpr std::string_view kNoService =
-      "e :   GetDeviceService() failed. qbi_uuid ={11223344-5566-7788-99AA-BBCCDDEEFF11}";
-  constexpr std::string_view kNoServiceInSet =
-      "i :   GetDeviceService() failed. qbi_uuid ={11223344-5566-7788-99AA-BBCCDDEEFF11}";
-  rows.push_back({"Modem::GetDeviceService", null, kGet, {kNoService, kGetExit, kGetFailed}});
-  rows.push_back({"Modem::GetDeviceService", null, kSet, {kNoServiceInSet, kSetExit, kSetFailed}});
-  rows.push_back({"DeviceService::OpenCommandSession",
-                  null,
-                  kGet,
-                  {"e :   OpenCommandSession() failed.", kGetExit, kGetFailed}});
-  rows.push_back({"DeviceService::OpenCommandSession",
-                  null,
-                  kSet,
-                  {"i :   OpenCommandSession() failed.", kSetExit, kSetFailed}});
-  // No data at all is a failed query.
-  for (const std::string_view call : {"CommandResult::ResponseData", "DataBuffer::Buffer"})
-    rows.push_back({call, null, kGet, {kGetExit, kGetFailed}});
-  // Asked only whether there is a modem, nothing is counted.
-  rows.push_back({"MobileBroadband::GetDefault",
-                  How::kHresult,
-                  kExist,
-                  {"e :   exception other", "h : - CMbnWinRtHelper::IsMbimExist",
-                   "i :   MBIM Device is not exist."}});
-  rows.push_back({"MobileBroadband::GetDefault",
-                  How::kBadAlloc,
-                  kExist,
-                  {"e :   exception : std::bad_alloc", "h : - CMbnWinRtHelper::IsMbimExist",
-                   "i :   MBIM Device is not exist."}});
-}
-
-// Setting up catches nothing; starting catches what has a message.
-void AddAccountWatcher(Rows& rows) {
-  for (const std::string_view call :
-       {"AccountWatcher::AccountAdded", "AccountWatcher::AccountRemoved",
-        "AccountWatcher::EnumerationCompleted", "MobileBroadband::CreateAccountWatcher"}) {
-    rows.push_back({call, How::kHresult, kNone, {}, Outcome::kCrash});
-    rows.push_back({call, How::kBadAlloc, kNone, {}, Outcome::kCrash});
-  }
-  rows.push_back({"MobileBroadband::CreateAccountWatcher", How::kNull, kNone, {}, Outcome::kCrash});
-  for (const std::string_view call : {"AccountWatcher::Start", "AccountWatcher::Status"}) {
-    rows.push_back({call, How::kHresult, kNone, {}, Outcome::kCrash});
-    rows.push_back({call,
-                    How::kBadAlloc,
-                    kStart,
-                    {"i :   exception : std::bad_alloc",
-                     "h : - CMbnWinRtHelper::StartMobileBroadbandAccountWatcher",
-                     "h : - CMbnWinRtHelper::Init"},
-                    Outcome::kUnheard});
-  }
-}
-
-void AddServiceHost(Rows& rows) {
-  constexpr How error = How::kError;
-  const auto add = [&](std::string_view call, std::string_view scope,
-                       std::vector<std::string_view> lines, Outcome outcome = Outcome::kSame) {
-    rows.push_back({call, error, scope, std::move(lines), outcome});
-  };
-  add("StartServiceCtrlDispatcherW", kNone,
-      {"i :   N auth Service: Main: StartServiceCtrlDispatcher returned error : 1063"},
-      Outcome::kNoDispatcher);
-  add("LookUpNtQuerySystemInformation", kMain,
-      {"e :   Get NtQuerySystemInformation Addr Failed!\n", "i :   filename: *"});
-  add("NtQuerySystemInformation", kMain, {"i :   filename: *"});
-  add("FileTimeToLocalFileTime", kMain, {"i :   Date: *", "i :   filename: *"});
-  add("FileTimeToSystemTime", kMain,
-      {"i :   Date: 00-00-0000\nTime: 00:00:00\n", "i :   filename: *"});
-  add("GetModuleFileNameW", kMain, {"i :   filename: "});
-  for (const std::string_view call :
-       {"GetFileVersionInfoSizeW", "GetFileVersionInfoW", "VerQueryValueW", "HeapAlloc"}) {
-    add(call, kMain, {"i :   dwSessionCount: *"});
-  }
-  add("WTSEnumerateSessionsW", kMain, {"i :   WTSEnumerateSessions failed. GetLastError: 1722"});
-  add("RegisterServiceCtrlHandlerExW", kMain,
-      {"e :   RegisterServiceCtrlHandler returned error", "h : - ServiceMain"}, Outcome::kNoStatus);
-  add("RegisterSuspendResumeNotification", kMain,
-      {"e :   RegisterSuspendResumeNotification returned error",
-       "h : + RegisterUsbDeviceNotification"},
-      Outcome::kUnheard);
-  add("RegisterDeviceNotificationW", "RegisterUsbDeviceNotification",
-      {"e :   RegisterDeviceNotification error 0x0000000d", "h : - RegisterUsbDeviceNotification"},
-      Outcome::kUnheard);
-  add("CreateEventW", kMain,
-      {"e :   CreateEvent returned error", "h : + ReportServiceStatus",
-       "i :   dwControlsAccepted = 0x81", "h : - ReportServiceStatus", "h : - ServiceMain"},
-      Outcome::kNoEvent);
-  // The worker's own event: the worker looks for tasks at intervals, and nobody
-  // else runs when it is signalled.
-  add("CreateEventW", "CTaskManager::dealTaskThread", {"h : + CTaskManager::getTask"});
-  add("CreateEventW", "CTaskManager::addTask", {"h : - CTaskManager::addTask"});
-  // A process that never needed it, and its successor.
-  add("CreateEventW", kNone, {"i :   \r\n==================================   NService start *"},
-      Outcome::kUnknown);
-  add("CreateThread", "CTaskManager::init",
-      {"i :   Create task deal thread failed, errcode(0x8).\r\n", "h : - CTaskManager::init"},
-      Outcome::kNoWorker);
-  add("OpenEventLogW", kNone,
-      {"e :   Could not open the Application event log.",
-       "i :   PBT_APMRESUMEAUTOMATIC \xCF\xB5\xCD\xB3\xBF\xAA\xBB\xFA\xCA\xB1\xBC\xE4 =  ; "
-       "logonTime = 0"});
-  add("ReadEventLogW", kNone,
-      {"i :   not find logon time,because start long long ago , so set a fake time = *",
-       "i :   -getLastLogTime"});
-}
-
-void AddSelfRestart(Rows& rows) {
-  constexpr How error = How::kError;
-  rows.push_back({"OpenSCManagerW",
-                  error,
-                  kName,
-                  {"e :   OpenSCManager fail,error code 0x5", kNameExit, kNameless, kRestartExit}});
-  for (const std::string_view call : {"EnumServicesStatusExW", "LocalAlloc"}) {
-    rows.push_back({call, error, kName, {kNameExit, kNameless, kRestartExit}});
-  }
-  rows.push_back({"ShellExecuteExW",
-                  error,
-                  kRestart,
-                  {"i :    RestartService failed.Error = 0x4c7", kRestartExit}});
-  // The name is lost between its two forms, so nothing is started again.
-  rows.push_back({"MultiByteToWideChar", error, kRestart, {"i :   buffer *"}, Outcome::kNoStart});
-  rows.push_back({"WideCharToMultiByte",
-                  error,
-                  kName,
-                  {"i :   Service Name: \n", kNameExit},
-                  Outcome::kNoStart});
-  rows.push_back({"WideCharToMultiByte", error, kRestart, {"i :   buffer "}});
-}
-
-// Everything here that cannot be read counts as absent.
-void AddModemPresence(Rows& rows) {
-  constexpr How error = How::kError;
-  rows.push_back({"GetAdaptersAddresses",
-                  error,
-                  kPresence,
-                  {"i :   not get adapter,return ", kPresenceExit, kAbsent}});
-  rows.push_back({"HeapAlloc",
-                  error,
-                  kPresence,
-                  {"e :   GetAdaptersAddresses AF_UNSPEC failed", kPresenceExit, kAbsent}});
-  for (const std::string_view call :
-       {"RegEnumKeyExA", "RegOpenKeyExA", "RegQueryValueExA", "SetupDiOpenClassRegKeyExW"}) {
-    rows.push_back(
-        {call, error, kPresence, {"i :   not get hardware id,return", kPresenceExit, kAbsent}});
-  }
-  rows.push_back({"WideCharToMultiByte", error, kPresence, {"i :   Adapters Info: *"}});
-  // Text that cannot be converted is no match: the service is not in the list.
-  rows.push_back({"WideCharToMultiByte",
-                  error,
-                  kGet,
-                  {"i :   module current version not support MA,return", kGetFailed}});
-}
-
-void AddPlatform(Rows& rows) {
-  constexpr How error = How::kError;
-  constexpr Outcome final = Outcome::kFinal;
-  // A firmware that cannot be read has no texts, and an unknown platform passes;
-  // it has no FCC structure either.
-  for (const std::string_view call : {"GetSystemFirmwareTable", "HeapAlloc"}) {
-    rows.push_back(
-        {call,
-         error,
-         kVerify,
-         {"i :   SMBIOS system project_name = ",
-          "i :   SMBIOS system project_name =  \xA3\xAC replace by family", "h : + IsCS24Project"},
-         final});
-    rows.push_back({call,
-                    error,
-                    kVerify,
-                    {"i :   platform_modem_map_size = 55 ;*",
-                     "i :   not in platform list. VerifyPlatform return = true "},
-                    final});
-    rows.push_back({call, error, kJob, {"i :   smBiosDataSize:*"}, final});
-    rows.push_back({call, error, kJob, {kNotFcc, "h : - CTaskAuthModule::doJob"}, final});
-  }
-  rows.push_back({"SetupDiGetClassDevsW",
-                  error,
-                  kHwid,
-                  {"i :   SetupDiGetClassDevs failed return INVALID_HANDLE_VALUE ,error code 13 "
-                   "\xA3\xAC"
-                   "exit false",
-                   "h : - CDeviceHelper::GetAuthDeviceHwid",
-                   "i :   szAuthHwid = ", "i :   Get Nuvelta Device HardwareID Faild",
-                   "i :   VerifyPlatform return = false "},
-                  final});
-  rows.push_back({"SetupDiEnumDeviceInfo",
-                  error,
-                  kHwid,
-                  {"i :   SetupDiEnumDeviceInfo return : 0 ,error code: 13 "},
-                  final});
-  for (const std::string_view next :
-       {"i :   GET device Hwid[*", "i :   SetupDiEnumDeviceInfo return : 0 ,error code: 259 "}) {
-    rows.push_back({"SetupDiGetDeviceRegistryPropertyW", error, kHwid, {next}, final});
-  }
-  rows.push_back({"WideCharToMultiByte", error, kHwid, {"i :   GET device Hwid[*"}, final});
-  // A call that has failed leaves its error, which is what the reader logs.
-  rows.push_back(
-      {"WideCharToMultiByte", error, kReader, {"e :   RegOpenKeyEx FAIL ,ERROR code = 1113"}});
-  // The registry switches: what cannot be read is absent.
-  rows.push_back({"RegOpenKeyExW",
-                  error,
-                  kReader,
-                  {"e :   RegOpenKeyEx FAIL ,ERROR code = *", "h : - CommonUtil::ReadDWORDRegValue",
-                   "i :   NOT find reg*"},
-                  final});
-  rows.push_back({"RegQueryValueExW",
-                  error,
-                  kReader,
-                  {"e :   RegQueryValueEx FAIL ,ERROR code = *",
-                   "h : - CommonUtil::ReadDWORDRegValue", "i :   NOT find reg*"},
-                  final});
-  rows.push_back({"HeapAlloc",
-                  error,
-                  kReader,
-                  {"h : - CommonUtil::ReadDWORDRegValue", "i :   NOT find reg*"},
-                  final});
-}
-
-void AddLogFiles(Rows& rows) {
-  constexpr How error = How::kError;
-  constexpr std::string_view kDone = "h : - DeleteFileWhileExceedMaxSizeAndTime";
-  rows.push_back({"DeleteFileA", error, kRetention, {"e :   DeleteFile *"}});
-  rows.push_back({"FindFirstFileA", error, kRetention, {kDone}});
-  for (const std::string_view next : {"i :   dwLogFolderSize: *", "i :   because *"}) {
-    rows.push_back({"FindNextFileA", error, kRetention, {next}});
-  }
-  // The log lies below the root of the disk, or the retention looks there.
-  rows.push_back({"GetVariable",
-                  error,
-                  kRetention,
-                  {"i :   check path : \\Nuvelta Wireless Inc\\MAService\\HX2208GW\\*"}});
-  for (const std::string_view next :
-       {kDone, std::string_view("i :   dwLogFolderSize: *"), std::string_view("i :   because *")}) {
-    rows.push_back({"GetVariable", error, kRetention, {next}});
-  }
-  // Texts that are only logged are empty.
-  rows.push_back({"WideCharToMultiByte", error, kMain, {"i :   filename: "}});
-  rows.push_back({"WideCharToMultiByte", error, kMain, {"i :   [*"}});
-  rows.push_back({"WideCharToMultiByte", error, kControl, {"i :   Device Arrival. ()"}});
-  rows.push_back({"WideCharToMultiByte", error, kControl, {"i :   Device Removal. ()"}});
-  rows.push_back({"WideCharToMultiByte", error, kNone, {"i :   find logon time !! *"}});
-}
-
-// A task that cannot be had: its trigger is given up without a word. Of the start's
-// the worker shows it, which finds no task.
-void AddTasks(Rows& rows) {
-  const auto add = [&](std::string_view scope, std::vector<std::string_view> lines) {
-    rows.push_back({"HeapAlloc", How::kError, scope, std::move(lines), Outcome::kUnheard});
-  };
-  add("NService::dealDeviceArrive", {"h : - NService::dealDeviceArrive"});
-  add("NService::dealQuickBoot", {"h : - NService::dealQuickBoot"});
-  add("CMbnWinRtHelper::AccountAddedHandler", {"h : - CMbnWinRtHelper::AccountAddedHandler"});
-  add(kNone, {"i :   PowerChanged: Event Type = 7 *"});
-  add(kMain, {"i :   \nNService::Run leave\n"});
-  add(kNone, {"h : + CTaskManager::dealTaskThread", "h : + CTaskManager::getTask",
-              "h : - CTaskManager::getTask"});
-  // Without a worker nothing does: the platform's thread goes on.
-  add(kNone, {"h : + CMbnWinRtHelper::AccountEnumHandler"});
-}
-
-// Calls whose failure shows in no line of its own.
-void AddSilent(Rows& rows) {
-  constexpr How error = How::kError;
-  rows.push_back({"_mkdir", error});
-  rows.push_back({"RegisterPowerSettingNotification", error, kNone, {}, Outcome::kUnheard});
-  rows.push_back({"ResetEvent", error});
-  rows.push_back({"SetEvent", error, kNone, {}, Outcome::kSignal});
-  rows.push_back({"SetServiceStatus", error, kNone, {}, Outcome::kReport});
-  rows.push_back({"StartDetachedThread", error});
-  rows.push_back({"WaitForSingleObject", error, kNone, {}, Outcome::kWait});
-}
-
-Rows AllRows() {
-  Rows rows;
-  AddCommandChannel(rows);
-  AddNullObjects(rows);
-  AddAccountWatcher(rows);
-  AddServiceHost(rows);
-  AddSelfRestart(rows);
-  AddModemPresence(rows);
-  AddPlatform(rows);
-  AddLogFiles(rows);
-  AddTasks(rows);
-  AddSilent(rows);
   return rows;
-}
-
-template <size_t Count>
-bool Holds(const std::array<std::string_view, Count>& calls, std::string_view call) {
-  return std::ranges::find(calls, call) != calls.end();
 }
 
 }  // namespace
 
 std::span<const Consequence> Consequences() {
-  static const Rows rows = AllRows();
-  return rows;
+  static const std::vector<std::string> rows = Rows();
+  static const auto consequences = [] {
+    std::vector<Consequence> all;
+    for (const std::string& row : rows) AddRows(row, all);
+    return all;
+  }();
+  return consequences;
 }
 
-bool MayLeaveNoTrace(std::string_view call, How how) {
-  // The answer without the fault is the same failure, or the last of a list, or
-  // about something that no line is written of, or that is never needed.
-  static constexpr std::array<std::string_view, 22> kCalls{"CreateEventW",
-                                                           "DeleteFileA",
-                                                           "FileTimeToLocalFileTime",
-                                                           "FindNextFileA",
-                                                           "GetAdaptersAddresses",
-                                                           "GetVariable",
-                                                           "ReadEventLogW",
-                                                           "RegEnumKeyExA",
-                                                           "RegOpenKeyExA",
-                                                           "RegOpenKeyExW",
-                                                           "RegQueryValueExA",
-                                                           "RegQueryValueExW",
-                                                           "RegisterPowerSettingNotification",
-                                                           "SetupDiEnumDeviceInfo",
-                                                           "SetupDiGetDeviceRegistryPropertyW",
-                                                           "WideCharToMultiByte",
-                                                           "_mkdir",
-                                                           "NtQuerySystemInformation",
-                                                           "ResetEvent",
-                                                           "SetEvent",
-                                                           "SetServiceStatus",
-                                                           "WaitForSingleObject"};
-  // The modem may have thrown the same.
-  if (how == How::kHresult) return call == "CommandSession::SendQueryCommandAsync";
-  if (how == How::kNull) {
-    return call == "CommandResult::ResponseData" || call == "DataWriter::DetachBuffer" ||
-           call == "MobileBroadband::GetDefault";
-  }
-  return how == How::kError && Holds(kCalls, call);
+std::string RowText(const Consequence& row) {
+  std::string text(row.call);
+  text.append(" | ").append(kHows.at(static_cast<size_t>(row.how))).append(" | ");
+  text.append(row.scope.empty() ? "-" : row.scope).append(" | ");
+  text.append(kOutcomes.at(static_cast<size_t>(row.outcome)));
+  for (const std::string& line : row.lines) text += " | " + (line == LineOf("-", row) ? "-" : line);
+  return text;
 }
 
 }  // namespace nuvelta::test

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <span>
 #include <string_view>
 
 #include "notebook/model/port_calls.h"
+#include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/log_files.h"
+#include "replay.h"
+#include "source_folder.h"
 
 namespace nuvelta::test {
 
@@ -14,6 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using nlohmann::json;
 using virtual_notebook::Duration;
 using virtual_notebook::Event;
 using virtual_notebook::PortCall;
@@ -31,17 +36,15 @@ constexpr size_t kManyRuns = 8;
 constexpr uint32_t kEveryCall = 3;
 constexpr uint32_t kEveryFault = 4;
 
-constexpr uint32_t kOutOfMemory = 0x8007000E;  // E_OUTOFMEMORY
-
 std::vector<Fault> WaysToFail(const PortCall& call) {
   std::vector<Fault> ways;
-  const auto add = [&](Fault::Kind kind, uint32_t code) {
-    ways.push_back({.call = std::string(call.name), .kind = kind, .code = code});
+  const auto add = [&](Fault::Kind kind, bool can) {
+    if (can) ways.push_back({.call = std::string(call.name), .kind = kind, .code = call.error});
   };
-  if (call.can_fail) add(Fault::Kind::kError, call.error);
-  if (call.can_be_null) add(Fault::Kind::kNull, 0);
-  if (call.can_throw) add(Fault::Kind::kHresult, call.error);
-  if (call.can_throw) add(Fault::Kind::kBadAlloc, kOutOfMemory);
+  add(Fault::Kind::kError, call.can_fail);
+  add(Fault::Kind::kNull, call.can_be_null);
+  add(Fault::Kind::kHresult, call.can_throw);
+  add(Fault::Kind::kBadAlloc, call.can_throw);
   return ways;
 }
 
@@ -71,23 +74,61 @@ Duration EndOfEvents(const Scenario& scenario) {
   return last.at + (last.repeat - 1) * last.every;
 }
 
-Scenario WithStop(Scenario scenario) {
-  Event stop;
-  stop.at = EndOfEvents(scenario) + kLifeWithFault;
-  stop.repeat = kStops;
-  stop.every = std::chrono::milliseconds(500);
-  stop.action.kind = virtual_notebook::Action::Kind::kStop;
-  scenario.events.push_back(stop);
-  return scenario;
+double Seconds(Duration time) { return std::chrono::duration<double>(time).count(); }
+
+json WithStop(const Sound& sound) {
+  json document = sound.document;
+  document["events"].push_back({{"at", Seconds(EndOfEvents(sound.scenario) + kLifeWithFault)},
+                                {"do", "stop"},
+                                {"repeat", kStops},
+                                {"every_ms", 500}});
+  return document;
 }
 
-Scenario WithFault(const Sound& sound, const Fault& fault) {
-  Scenario scenario = fault.count == 0 ? WithStop(sound.scenario) : sound.scenario;
-  scenario.faults.push_back(fault);
+// The scenario as a file would have it, so that it can be kept and played again.
+json WithFault(const Sound& sound, const Fault& fault) {
+  json document = fault.count == 0 ? WithStop(sound) : sound.document;
+  json entry{{"call", fault.call}, {"nth", fault.nth}};
+  if (fault.count == 0) entry["count"] = "always";
+  if (fault.kind == Fault::Kind::kNull) entry["null"] = true;
+  if (fault.kind == Fault::Kind::kBadAlloc) entry["bad_alloc"] = true;
+  document["faults"].push_back(entry);
   if (fault.count != 0) {
-    scenario.rest_within = sound.told.report.virtual_time - EndOfEvents(sound.scenario) + kPatience;
+    const Duration rest = sound.told.report.virtual_time - EndOfEvents(sound.scenario) + kPatience;
+    document["rest_within_s"] = Seconds(rest);
   }
-  return scenario;
+  return document;
+}
+
+Scenario Read(const json& document) {
+  return virtual_notebook::ReadScenarioText(document.dump(), "the fault sweep",
+                                            (SourceFolder() / "scenarios").string());
+}
+
+// Plays with its log, wherever the fault has sent that.
+Told TellWithItsLog(const Scenario& scenario) {
+  const TemporaryFolder disk;
+  Told told{.report = story::Play(scenario, {.disk = disk.Path()}), .log = {}};
+  const std::string begin = story::LogStamp(scenario);
+  std::vector<fs::path> files =
+      story::LogFilesSince(story::LogFolder(scenario, disk.Path()), begin);
+  const auto strayed = story::LogFilesSince(disk.Path() / kFolderWithoutRoot, begin);
+  files.insert(files.end(), strayed.begin(), strayed.end());
+  // Processes follow each other, and their files' names begin with their starts.
+  std::ranges::stable_sort(files, {}, [&](const fs::path& file) {
+    const std::string name = file.filename().string();
+    return name.substr(0, name.find(".log")).substr(0, name.rfind('_') + sizeof "_hh.mm.ss" - 1);
+  });
+  for (const fs::path& file : files) told.log += story::ReadFile(file);
+  return told;
+}
+
+Told TellWithFault(const Sound& sound, const Faulted& faulted) {
+  const json document = WithFault(sound, faulted.fault);
+  NoteReplay([document, name = sound.name + " " + faulted.Describe()] {
+    return ReplayCommand(KeepFinding(name, document.dump(2)));
+  });
+  return TellWithItsLog(Read(document));
 }
 
 bool IsPlanned(const Scenario& scenario, const std::string& call) {
@@ -115,32 +156,19 @@ std::string Faulted::Describe() const {
   return text + (Lasting() ? ", for good" : ", once");
 }
 
-Told TellWithItsLog(const Scenario& scenario) {
-  const TemporaryFolder disk;
-  Told told{.report = story::Play(scenario, {.disk = disk.Path()}), .log = {}};
-  const std::string begin = story::LogStamp(scenario);
-  std::vector<fs::path> files =
-      story::LogFilesSince(story::LogFolder(scenario, disk.Path()), begin);
-  const auto strayed = story::LogFilesSince(disk.Path() / kFolderWithoutRoot, begin);
-  files.insert(files.end(), strayed.begin(), strayed.end());
-  // Processes follow each other, and their files' names begin with their starts.
-  std::ranges::stable_sort(files, {}, [&](const fs::path& file) {
-    const std::string name = file.filename().string();
-    return name.substr(0, name.find(".log")).substr(0, name.rfind('_') + sizeof "_hh.mm.ss" - 1);
-  });
-  for (const fs::path& file : files) told.log += story::ReadFile(file);
-  return told;
-}
-
 Sound TellSound(const std::string& name) {
+  const std::string file = "scenarios/" + name + ".json";
+  NoteReplay([file] { return ReplayCommand(file); });
+  std::ifstream text(SourceFolder() / file);
   Sound sound{.name = name,
+              .document = json::parse(text),
               .scenario = Shipped(name),
               .told = {},
               .stopped = {},
               .lines = {},
               .stopped_lines = {}};
   sound.told = TellWithItsLog(sound.scenario);
-  sound.stopped = TellWithItsLog(WithStop(sound.scenario));
+  sound.stopped = TellWithItsLog(Read(WithStop(sound)));
   sound.lines = ReadLines(sound.told);
   sound.stopped_lines = ReadLines(sound.stopped);
   return sound;
@@ -156,7 +184,7 @@ SweepCounts Sweep(const Sound& sound, bool all, const std::function<void(const F
   const auto play = [&](const Fault& fault) {
     Faulted faulted{.fault = fault, .told = {}};
     if (!all && Hash(sound.name + faulted.Describe()) % kEveryFault != 0) return true;
-    faulted.told = TellWithItsLog(WithFault(sound, fault));
+    faulted.told = TellWithFault(sound, faulted);
     ++counts.stories;
     for (const FiredFault& fired : faulted.told.report.fired_faults) {
       if (fired.call == fault.call) faulted.fired.push_back(fired);

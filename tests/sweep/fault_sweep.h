@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ using virtual_notebook::FiredFault;
 // A shipped scenario, and what it comes to when nothing is added to it.
 struct Sound {
   std::string name;
+  nlohmann::json document;
   Scenario scenario;
   Told told;
   Told stopped;  // stopped when a story with a lasting fault is
@@ -35,9 +37,6 @@ struct Faulted {
   // "CreateEventW #2 fails with 8, once"
   std::string Describe() const;
 };
-
-// Plays with its log, wherever the fault has sent that.
-Told TellWithItsLog(const Scenario& scenario);
 
 Sound TellSound(const std::string& name);
 

@@ -9,6 +9,7 @@
 #include "consequences.h"
 #include "lives/log_lines.h"
 #include "lives/playing.h"
+#include "notebook/scenario/scenario_text.h"
 #include "story_lines.h"
 
 namespace nuvelta::test {
@@ -19,31 +20,17 @@ using virtual_notebook::ModemCommand;
 using virtual_notebook::ProcessEnd;
 using virtual_notebook::StatusReport;
 
-How HowOf(const Fault& fault) {
-  switch (fault.kind) {
-    case Fault::Kind::kNull:
-      return How::kNull;
-    case Fault::Kind::kHresult:
-      return How::kHresult;
-    case Fault::Kind::kBadAlloc:
-      return How::kBadAlloc;
-    case Fault::Kind::kError:
-      break;
-  }
-  return How::kError;
-}
-
 class Verdict {
  public:
   Verdict(const Sound& sound, const Faulted& faulted)
       : m_sound(sound),
         m_faulted(faulted),
         m_report(faulted.told.report),
-        m_how(HowOf(faulted.fault)),
+        m_how(faulted.fault.kind),
         m_before(faulted.Lasting() ? sound.stopped_lines : sound.lines),
         m_after(ReadLines(faulted.told)) {}
 
-  std::vector<std::string> Judge() {
+  std::string Judge() {
     CheckFired();
     CheckThereIsALog();
     m_wrong.insert(m_wrong.end(), m_after.faults.begin(), m_after.faults.end());
@@ -56,7 +43,12 @@ class Verdict {
     CheckProcesses(outcome);
     CheckCall();
     CheckOutcome(outcome);
-    return m_wrong;
+    if (m_wrong.empty()) return {};
+    std::string text;
+    for (const std::string& wrong : m_wrong) text += "\n  - " + wrong;
+    if (m_row == nullptr) return text;
+    return text + "\n  where the table in " + std::string(kTableFile) + " has\n    " +
+           RowText(*m_row);
   }
 
  private:
@@ -194,25 +186,28 @@ class Verdict {
     }
     std::vector<std::string> following;
     for (size_t i = at; i < after.size() && following.size() < 8; ++i) {
-      if (after[i].thread == after[at].thread) following.push_back(after[i].text);
-    }
-    const bool without_trace = at == before.size() && at == after.size();
-    if (m_before.lines.empty()) return OutcomeWithoutLog();
-    for (const Consequence& row : Consequences()) {
-      if (row.call != m_faulted.fault.call || row.how != m_how) continue;
-      if (row.lines.empty()) return row.outcome;
-      if (at == after.size() || after[at].scope != row.scope) continue;
-      if (following.size() < row.lines.size()) continue;
-      if (std::equal(row.lines.begin(), row.lines.end(), following.begin(),
-                     [](auto pattern, const auto& text) { return explore::Fits(text, pattern); })) {
-        return row.outcome;
+      if (after[i].thread == after[at].thread) {
+        following.push_back(virtual_notebook::Shown(after[i].text, 4096));
       }
     }
-    if (without_trace && MayLeaveNoTrace(m_faulted.fault.call, m_how)) return Outcome::kSame;
-    std::string trace = without_trace ? "no trace" : "first trace";
-    if (at < after.size()) trace += " in scope \"" + after[at].scope + "\":";
-    for (const std::string& text : following) trace += " [" + text + "]";
-    m_wrong.push_back(trace);
+    if (before.empty()) return OutcomeWithoutLog();
+    const bool without_trace = at == before.size() && at == after.size();
+    const std::string scope = at < after.size() ? after[at].scope : "";
+    const auto fits = [&](const Consequence& row) {
+      if (row.call != m_faulted.fault.call || row.how != m_how) return false;
+      if (row.lines.empty() || (row.without_trace && without_trace)) return true;
+      return row.scope == scope && row.lines.size() <= following.size() &&
+             std::ranges::equal(row.lines, std::span(following).first(row.lines.size()),
+                                [](auto& line, auto& text) { return explore::Fits(text, line); });
+    };
+    const auto row = std::ranges::find_if(Consequences(), fits);
+    if (row != Consequences().end()) return (m_row = &*row)->outcome;
+    following.resize(std::min<size_t>(following.size(), 3));
+    if (without_trace) following.emplace_back(kNoTrace);
+    m_wrong.push_back("no row of the table in " + std::string(kTableFile) +
+                      " says what follows here. If it is what has to follow, add this with no more "
+                      "lines than are needed, and with its outcome:\n    " +
+                      RowText({m_faulted.fault.call, m_how, scope, following}));
     return Outcome::kFinal;
   }
 
@@ -220,7 +215,7 @@ class Verdict {
   Outcome OutcomeWithoutLog() const {
     std::optional<Outcome> outcome;
     for (const Consequence& row : Consequences()) {
-      if (row.call != m_faulted.fault.call || row.how != m_how) continue;
+      if (row.call != m_faulted.fault.call || row.how != m_how || row.without_trace) continue;
       if (outcome && *outcome != row.outcome) return Outcome::kUnknown;
       outcome = row.outcome;
     }
@@ -244,7 +239,8 @@ class Verdict {
                  (!first && process.exit_code == 0),
              "exit code " + std::to_string(process.exit_code));
     }
-    Expect((crashed > 0) == (outcome == Outcome::kCrash), std::to_string(crashed) + " crashes");
+    Expect((crashed > 0) == (outcome == Outcome::kCrash),
+           crashed > 0 ? "the service crashed" : "the service did not crash");
     Expect(m_faulted.Lasting() || crashed <= 1, "crashed again");
     const bool may_hang = outcome == Outcome::kSignal || outcome == Outcome::kReport;
     Expect(m_report.deadlock.empty() ||
@@ -297,8 +293,10 @@ class Verdict {
     if (m_faulted.Lasting() && by_place) return;
     const bool same_radio = m_report.radio_after == sound.radio_after;
     const bool same_states = States(m_report) == States(sound);
-    const std::string radio = "radio " + std::to_string(m_report.radio_after);
-    const std::string states = "states " + States(m_report);
+    const std::string radio = "the radio ends at " + std::to_string(m_report.radio_after) +
+                              ", without the fault at " + std::to_string(sound.radio_after);
+    const std::string states =
+        "the states are " + States(m_report) + ", without the fault " + States(sound);
     switch (outcome) {
       case Outcome::kSame:
         // A resume may have left the task no budget for the run that failed.
@@ -347,11 +345,12 @@ class Verdict {
   const StoryLines& m_before;
   const StoryLines m_after;
   std::vector<std::string> m_wrong;
+  const Consequence* m_row = nullptr;  // of the table, that applies
 };
 
 }  // namespace
 
-std::vector<std::string> Judge(const Sound& sound, const Faulted& faulted) {
+std::string Judge(const Sound& sound, const Faulted& faulted) {
   return Verdict(sound, faulted).Judge();
 }
 

@@ -2,13 +2,13 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "fault_sweep.h"
 
 namespace nuvelta::test {
 
-// What is wrong with the story; nothing when all is as it has to be.
-std::vector<std::string> Judge(const Sound& sound, const Faulted& faulted);
+// What is wrong with the story, each on a line of its own; empty when all is as it has
+// to be.
+std::string Judge(const Sound& sound, const Faulted& faulted);
 
 }  // namespace nuvelta::test
