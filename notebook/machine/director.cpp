@@ -4,14 +4,54 @@
 
 #include "notebook/machine/machine_parts.h"
 #include "notebook/machine/virtual_machine.h"
-#include "notebook/model/event_data.h"
+#include "notebook/model/play_action.h"
 #include "notebook/model/story_times.h"
 #include "notebook/model/unicode.h"
 
 namespace nuvelta::virtual_notebook {
 
+// What the story's events are done to.
+class VirtualMachine::Target final : public ActionTarget {
+ public:
+  explicit Target(VirtualMachine& machine) : m_machine(machine), m_parts(*machine.m_parts) {}
+
+  void Start() override { m_machine.StartService(); }
+  void Stop() override { SendControl({.control = platform::kServiceControlStop}); }
+  void Kill() override { m_machine.KillService(m_parts.current); }
+  void SendControl(const SentControl& sent) override { m_parts.service_control.SendControl(sent); }
+  void SendDeviceEvent(uint32_t event_type, const std::string& interface_name) override {
+    m_parts.service_control.SendDeviceEvent(event_type, interface_name);
+  }
+  void SendPowerEvent(uint32_t type) override { m_parts.service_control.SendPowerEvent(type); }
+  void SendPowerSetting(const platform::Guid& setting, uint32_t data) override {
+    m_parts.service_control.SendPowerSetting(setting, data);
+  }
+  void InstallModem(const ModemDescription& /*modem*/) override {
+    m_parts.modem.SetPresent(true);
+    m_parts.network.InstallModem();
+  }
+  void RemoveModem() override { m_parts.modem.SetPresent(false); }
+  void ChangeModem(const Action::ModemChange& change) override { m_parts.modem.Apply(change); }
+  void ChangeAccounts(bool added) override { m_parts.mobile_broadband.ChangeAccounts(added); }
+  void WriteRecord(const EventRecord& record) override {
+    m_parts.event_log.Write(record, m_parts.clock.time());
+  }
+  void SetRegistryValue(const std::string& key, const std::string& name,
+                        const RegistryValue& value) override {
+    m_parts.registry.Set(key, name, value);
+  }
+  void DeleteRegistryValue(const std::string& key, const std::string& name) override {
+    m_parts.registry.Delete(key, name);
+  }
+
+ private:
+  VirtualMachine& m_machine;
+  Parts& m_parts;
+};
+
 void VirtualMachine::Direct() {
   Parts& parts = *m_parts;
+  Target target(*this);
   for (const Event& event : m_scenario.events) {
     for (uint32_t i = 0; i < event.repeat; ++i) {
       const Nanoseconds due = parts.start + event.at + i * event.every;
@@ -19,7 +59,7 @@ void VirtualMachine::Direct() {
         parts.scheduler.SleepUnlessCutShort(due - parts.scheduler.Now());
       }
       if (parts.scheduler.CutShort()) return CutShort();
-      PlayEvent(event);
+      PlayAction(event.action, parts.modem.Description(), target);
     }
   }
   const bool rested = parts.scheduler.WaitForRest(m_scenario.rest_within);
@@ -32,62 +72,6 @@ void VirtualMachine::Direct() {
 void VirtualMachine::CutShort() {
   m_parts->scheduler.Change([&] { m_parts->over = m_parts->cut_short = true; });
   KillService(m_parts->current);
-}
-
-void VirtualMachine::PlayEvent(const Event& event) {
-  Parts& parts = *m_parts;
-  const Action& action = event.action;
-  using Kind = Action::Kind;
-  switch (action.kind) {
-    case Kind::kStart:
-      return StartService();
-    case Kind::kStop:
-    case Kind::kControl:
-    case Kind::kSessionChange:
-      return parts.service_control.SendControl(*ControlOf(action));
-    case Kind::kKill:
-      return KillService(parts.current);
-    case Kind::kArrival:
-      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
-    case Kind::kRemoval:
-      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceRemoveComplete, action.text);
-    case Kind::kModemArrives:
-      parts.modem.SetPresent(true);
-      parts.network.InstallModem();
-      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceArrival,
-                                                   ModemInterface(parts.modem.Description()));
-    case Kind::kModemLeaves:
-      parts.modem.SetPresent(false);
-      return parts.service_control.SendDeviceEvent(platform::kDbtDeviceRemoveComplete,
-                                                   ModemInterface(parts.modem.Description()));
-    case Kind::kModemChanges:
-      return parts.modem.Apply(action.modem);
-    case Kind::kAccountAdded:
-      return parts.mobile_broadband.AddAccount();
-    case Kind::kAccountRemoved:
-      return parts.mobile_broadband.RemoveAccount();
-    case Kind::kSuspend:
-      return parts.service_control.SendPowerEvent(platform::kPbtApmSuspend);
-    case Kind::kResume:
-      parts.service_control.SendPowerEvent(platform::kPbtApmResumeAutomatic);
-      return parts.service_control.SendPowerEvent(platform::kPbtApmResumeSuspend);
-    case Kind::kPowerEvent:
-      return parts.service_control.SendPowerEvent(action.number);
-    case Kind::kLogon:
-      parts.event_log.Write({}, parts.clock.time());
-      return parts.service_control.SendControl(*ControlOf(action));
-    case Kind::kBattery:
-      return parts.service_control.SendPowerSetting(platform::kGuidBatteryPercentageRemaining,
-                                                    action.number);
-    case Kind::kPowerSetting:
-      return parts.service_control.SendPowerSetting(action.guid, action.number);
-    case Kind::kRegistrySet:
-      return parts.registry.Set(action.text, action.value_name, action.value);
-    case Kind::kRegistryDelete:
-      return parts.registry.Delete(action.text, action.value_name);
-    case Kind::kEventRecord:
-      return parts.event_log.Write(action.record, parts.clock.time());
-  }
 }
 
 // Stops the service and waits for its process to end. One that does not accept

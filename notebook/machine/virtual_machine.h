@@ -55,9 +55,9 @@ class VirtualMachine {
 
  private:
   struct Parts;
+  class Target;
 
   void Direct();
-  void PlayEvent(const Event& event);
   void StartService();
   void ServiceProcess(uint32_t process);
   void EndStory();

@@ -131,25 +131,15 @@ std::shared_ptr<platform::AccountWatcher> VirtualMobileBroadband::CreateAccountW
   return watcher;
 }
 
-void VirtualMobileBroadband::AddAccount() {
+void VirtualMobileBroadband::ChangeAccounts(bool added) {
   std::vector<std::shared_ptr<Watcher>> watchers;
   {
     const std::lock_guard lock(m_mutex);
-    ++m_accounts;
+    if (!added && m_accounts == 0) return;
+    m_accounts = added ? m_accounts + 1 : m_accounts - 1;
     watchers = m_watchers;
   }
-  for (const auto& watcher : watchers) watcher->Raise(true);
-}
-
-void VirtualMobileBroadband::RemoveAccount() {
-  std::vector<std::shared_ptr<Watcher>> watchers;
-  {
-    const std::lock_guard lock(m_mutex);
-    if (m_accounts == 0) return;
-    --m_accounts;
-    watchers = m_watchers;
-  }
-  for (const auto& watcher : watchers) watcher->Raise(false);
+  for (const auto& watcher : watchers) watcher->Raise(added);
 }
 
 void VirtualMobileBroadband::EndProcess() {

@@ -21,8 +21,7 @@ class VirtualMobileBroadband final : public platform::MobileBroadband {
   std::shared_ptr<platform::AccountWatcher> CreateAccountWatcher() override;
 
   // For the story: an account appears or disappears.
-  void AddAccount();
-  void RemoveAccount();
+  void ChangeAccounts(bool added);
   void EndProcess();
 
  private:

@@ -11,7 +11,6 @@ namespace {
 constexpr uint32_t kErrorInvalidParameter = 87;  // ERROR_INVALID_PARAMETER
 constexpr uint32_t kFirstOwnControl = 128;       // of those that services define themselves
 constexpr uint32_t kLastOwnControl = 255;
-constexpr uint32_t kSessionLogon = 5;  // WTS_SESSION_LOGON
 
 enum class Sender { kProgram, kSystem };
 
@@ -111,21 +110,6 @@ std::string Describe(const RefusedControl& refused) {
   std::snprintf(begin.data(), begin.size(), "%.3f s: control %u, ",
                 std::chrono::duration<double>(refused.at).count(), refused.control);
   return begin.data() + std::string(Reason(refused.error));
-}
-
-std::optional<SentControl> ControlOf(const Action& action) {
-  switch (action.kind) {
-    case Action::Kind::kStop:
-      return SentControl{.control = platform::kServiceControlStop};
-    case Action::Kind::kControl:
-      return SentControl{action.number, action.event_type, action.regardless};
-    case Action::Kind::kSessionChange:
-      return SentControl{platform::kServiceControlSessionChange, action.number};
-    case Action::Kind::kLogon:
-      return SentControl{platform::kServiceControlSessionChange, kSessionLogon};
-    default:
-      return {};
-  }
 }
 
 }  // namespace nuvelta::virtual_notebook

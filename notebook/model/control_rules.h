@@ -46,12 +46,11 @@ struct RefusedControl {
 // As in "10.000 s: control 2, error 1052 (the service does not accept it)".
 std::string Describe(const RefusedControl& refused);
 
-// A control that an event of a story sends.
+// A control that a story sends.
 struct SentControl {
   uint32_t control = 0;
   uint32_t event_type = 0;
   bool regardless = false;  // of the manager's rule
 };
-std::optional<SentControl> ControlOf(const Action& action);
 
 }  // namespace nuvelta::virtual_notebook

@@ -13,7 +13,6 @@
 namespace nuvelta::wine {
 
 namespace fs = std::filesystem;
-using virtual_notebook::Action;
 using virtual_notebook::kNetStart;
 using virtual_notebook::kStopPatience;
 using virtual_notebook::kTaskKill;
@@ -23,7 +22,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr DWORD kLookMs = 5;
-constexpr auto kRestartPatience = 30s;
 constexpr auto kDumpPatience = 5s;
 // Longer than the crash writer and the slowest pair of calls take.
 constexpr auto kNewsPatience = 120s;
@@ -220,36 +218,6 @@ void Player::PrintEnd() const {
   std::printf("ended after %lld ms with exit code %08lX\n", static_cast<long long>(lived.count()),
               m_process->ExitCode());
   std::fflush(stdout);
-}
-
-// Plays the next event without the service; false when there is none left.
-bool Player::PlayNext() {
-  if (m_restart_asked) {
-    if (Clock::now() - *m_restart_asked < kRestartPatience) return true;
-    m_restart_asked.reset();
-    WriteNote("the command line that was launched did not start the service again");
-  }
-  const size_t next = Played(m_entries);
-  if (next >= m_occurrences.size()) return false;
-  const Occurrence& occurrence = m_occurrences[next];
-  const Action& action = m_scenario.events[occurrence.index].action;
-  Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition},
-        std::max(m_now, occurrence.at));
-  if (action.kind == Action::Kind::kStart) {
-    m_start.emplace([this] { return m_service.Start(); });
-  } else {
-    PlayWithoutService(m_scenario, occurrence.index);
-  }
-  if (const auto sent = virtual_notebook::ControlOf(action)) RefuseControl(*sent);
-  return true;
-}
-
-// There is no process: the manager has nobody to send it to.
-void Player::RefuseControl(const virtual_notebook::SentControl& sent) {
-  const uint32_t nobody = virtual_notebook::kErrorServiceNotActive;
-  const uint32_t error =
-      sent.regardless ? nobody : virtual_notebook::RefusalOf(sent.control, {}).value_or(nobody);
-  Write(ControlRefused{sent.control, sent.event_type, error}, m_now);
 }
 
 // Whether a start is under way.

@@ -37,6 +37,7 @@ class Player {
 
   // How the process that is watched has to end.
   enum class Fate { kOpen, kKilled, kCrashed };
+  class Target;
 
   void ReadOn();
   void Read(const Entry& entry);
@@ -51,12 +52,14 @@ class Player {
   bool FindProcess();
   void ProcessGone();
   void PrintEnd() const;
-  bool PlayNext();
-  void RefuseControl(const virtual_notebook::SentControl& sent);
   bool Starting();
   void Kill(Fate fate);
   void Write(decltype(Entry::what) what, Duration at);
   void WriteNote(const std::string& text) { Write(Note{text}, m_now); }
+
+  // In player_events.cpp.
+  bool PlayNext();
+  void RefuseControl(const virtual_notebook::SentControl& sent);
 
   const virtual_notebook::Scenario& m_scenario;
   const std::filesystem::path m_folder;

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <utility>
 
+#include "notebook/model/play_action.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "wine/hardware/director.h"
 #include "wine/hardware/last_error.h"
@@ -23,6 +24,7 @@ using virtual_notebook::Action;
 using virtual_notebook::EventRecord;
 using virtual_notebook::Fault;
 using virtual_notebook::KnownCall;
+using virtual_notebook::ModemDescription;
 using virtual_notebook::ModemReply;
 using virtual_notebook::Scenario;
 
@@ -107,31 +109,40 @@ void Machine::Replay(const std::vector<Entry>& journal) {
   }
 }
 
-void Machine::ReplayEvent(const EventPlayed& played, Duration at) {
-  const Action& action = m_scenario.events.at(played.index).action;
-  using Kind = Action::Kind;
-  switch (action.kind) {
-    case Kind::kModemArrives:
-      return m_modem.SetPresent(true);
-    case Kind::kModemLeaves:
-      return m_modem.SetPresent(false);
-    case Kind::kModemChanges:
-      return m_modem.Apply(action.modem);
-    case Kind::kAccountAdded:
-      ++m_accounts;
-      return;
-    case Kind::kAccountRemoved:
-      if (m_accounts > 0) --m_accounts;
-      return;
-    case Kind::kLogon:
-      m_records.push_back({{}, Seconds(at)});
-      return;
-    case Kind::kEventRecord:
-      m_records.push_back({action.record, Seconds(at)});
-      return;
-    default:
-      return;
+// What an event has left behind that is not in the prefix itself.
+class Machine::Replayed final : public virtual_notebook::ActionTarget {
+ public:
+  Replayed(Machine& machine, Duration at) : m_machine(machine), m_at(at) {}
+
+  void InstallModem(const ModemDescription& /*modem*/) override {
+    m_machine.m_modem.SetPresent(true);
   }
+  void RemoveModem() override { m_machine.m_modem.SetPresent(false); }
+  void ChangeModem(const Action::ModemChange& change) override { m_machine.m_modem.Apply(change); }
+  void ChangeAccounts(bool added) override { m_machine.CountAccount(added); }
+  void WriteRecord(const EventRecord& record) override {
+    m_machine.m_records.push_back({record, m_machine.Seconds(m_at)});
+  }
+
+  void Start() override {}
+  void Stop() override {}
+  void Kill() override {}
+  void SendControl(const virtual_notebook::SentControl& /*sent*/) override {}
+  void SendDeviceEvent(uint32_t /*type*/, const std::string& /*interface_name*/) override {}
+  void SendPowerEvent(uint32_t /*type*/) override {}
+  void SendPowerSetting(const platform::Guid& /*setting*/, uint32_t /*data*/) override {}
+  void SetRegistryValue(const std::string& /*key*/, const std::string& /*name*/,
+                        const virtual_notebook::RegistryValue& /*value*/) override {}
+  void DeleteRegistryValue(const std::string& /*key*/, const std::string& /*name*/) override {}
+
+ private:
+  Machine& m_machine;
+  const Duration m_at;
+};
+
+void Machine::ReplayEvent(const EventPlayed& played, Duration at) {
+  Replayed target(*this, at);
+  PlayAction(m_scenario.events.at(played.index).action, m_modem.Description(), target);
 }
 
 int64_t Machine::Seconds(Duration at) const {
@@ -193,12 +204,17 @@ void Machine::ListenToAccounts(std::function<void(bool added)> listener) {
   m_listeners.push_back(std::move(listener));
 }
 
+bool Machine::CountAccount(bool added) {
+  if (!added && m_accounts == 0) return false;
+  m_accounts = added ? m_accounts + 1 : m_accounts - 1;
+  return true;
+}
+
 void Machine::ChangeAccounts(bool added) {
   std::vector<std::function<void(bool)>> listeners;
   {
     const std::lock_guard lock(m_mutex);
-    if (!added && m_accounts == 0) return;
-    m_accounts = added ? m_accounts + 1 : m_accounts - 1;
+    if (!CountAccount(added)) return;
     listeners = m_listeners;
   }
   for (const auto& listener : listeners) {

@@ -71,10 +71,14 @@ class Machine {
   void Write(decltype(Entry::what) what);
 
  private:
+  class Replayed;
+
   explicit Machine(const std::filesystem::path& folder);
 
   void Replay(const std::vector<Entry>& journal);
   void ReplayEvent(const EventPlayed& played, virtual_notebook::Duration at);
+  // Whether there was one to go.
+  bool CountAccount(bool added);
   int64_t Seconds(virtual_notebook::Duration at) const;
 
   const std::filesystem::path m_folder;

@@ -13,6 +13,7 @@
 #include "wine/hardware/director.h"
 #include "wine/hardware/machine.h"
 #include "wine/hardware/power_queue.h"
+#include "wine/story/prefix_target.h"
 #include "wine/story/story_line.h"
 
 namespace nuvelta::wine {
@@ -20,9 +21,12 @@ namespace nuvelta::wine {
 namespace {
 
 using virtual_notebook::Action;
-using virtual_notebook::ModemInterface;
+using virtual_notebook::EventRecord;
+using virtual_notebook::ModemDescription;
+using virtual_notebook::SentControl;
 
-class StoryEvents {
+// Plays the events, and is what they are done to.
+class StoryEvents final : public PrefixTarget {
  public:
   StoryEvents(Machine& machine, size_t next)
       : m_machine(machine), m_occurrences(Occurrences(machine.Scenario())), m_next(next) {}
@@ -41,11 +45,19 @@ class StoryEvents {
   void End(bool rests);
 
  private:
-  void PlayAction(const Action& action);
-  void ChangeDevices(size_t index);
-  void Stop();
-  void SendControl(const Action& action);
-  void SendPowerSetting(const platform::Guid& setting, uint32_t data);
+  void Start() override { Write(virtual_notebook::kAlreadyRuns); }
+  void Stop() override;
+  void Kill() override { Ask(Request::Kind::kKill); }
+  void SendControl(const SentControl& sent) override;
+  void SendDeviceEvent(uint32_t event_type, const std::string& interface_name) override;
+  void SendPowerEvent(uint32_t type) override { PowerQueue::Get().Send(type); }
+  void SendPowerSetting(const platform::Guid& setting, uint32_t data) override;
+  void InstallModem(const ModemDescription& modem) override;
+  void RemoveModem() override;
+  void ChangeModem(const Action::ModemChange& change) override;
+  void ChangeAccounts(bool added) override { m_machine.ChangeAccounts(added); }
+  void WriteRecord(const EventRecord& record) override { m_machine.WriteRecord(record); }
+
   void Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error);
   void Ask(Request::Kind kind);
   void Write(const char* text) { m_machine.Write(Note{text}); }
@@ -60,66 +72,10 @@ void StoryEvents::Play() {
   // Written before it happens: a process that is ended by it does not play it again.
   m_machine.Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition});
   try {
-    ChangeDevices(occurrence.index);
-    PlayAction(m_machine.Scenario().events[occurrence.index].action);
+    PlayAction(m_machine.Scenario().events[occurrence.index].action,
+               m_machine.Modem().Description(), *this);
   } catch (const std::exception& error) {
     m_machine.Write(Note{error.what()});
-  }
-}
-
-// What Wine's own registry and device tables have to show.
-void StoryEvents::ChangeDevices(size_t index) { PlayWithoutService(m_machine.Scenario(), index); }
-
-void StoryEvents::PlayAction(const Action& action) {
-  ControlQueue& controls = ControlQueue::Get();
-  using Kind = Action::Kind;
-  switch (action.kind) {
-    case Kind::kStart:
-      return Write(virtual_notebook::kAlreadyRuns);
-    case Kind::kStop:
-      return Stop();
-    case Kind::kKill:
-      return Ask(Request::Kind::kKill);
-    case Kind::kControl:
-    case Kind::kSessionChange:
-      return SendControl(action);
-    case Kind::kArrival:
-      return controls.SendDeviceEvent(platform::kDbtDeviceArrival, action.text);
-    case Kind::kRemoval:
-      return controls.SendDeviceEvent(platform::kDbtDeviceRemoveComplete, action.text);
-    case Kind::kModemArrives:
-      m_machine.Modem().SetPresent(true);
-      return controls.SendDeviceEvent(platform::kDbtDeviceArrival,
-                                      ModemInterface(m_machine.Modem().Description()));
-    case Kind::kModemLeaves:
-      m_machine.Modem().SetPresent(false);
-      return controls.SendDeviceEvent(platform::kDbtDeviceRemoveComplete,
-                                      ModemInterface(m_machine.Modem().Description()));
-    case Kind::kModemChanges:
-      return m_machine.Modem().Apply(action.modem);
-    case Kind::kAccountAdded:
-      return m_machine.ChangeAccounts(true);
-    case Kind::kAccountRemoved:
-      return m_machine.ChangeAccounts(false);
-    case Kind::kSuspend:
-      return PowerQueue::Get().Send(platform::kPbtApmSuspend);
-    case Kind::kResume:
-      PowerQueue::Get().Send(platform::kPbtApmResumeAutomatic);
-      return PowerQueue::Get().Send(platform::kPbtApmResumeSuspend);
-    case Kind::kPowerEvent:
-      return PowerQueue::Get().Send(action.number);
-    case Kind::kLogon:
-      m_machine.WriteRecord({});
-      return SendControl(action);
-    case Kind::kBattery:
-      return SendPowerSetting(platform::kGuidBatteryPercentageRemaining, action.number);
-    case Kind::kPowerSetting:
-      return SendPowerSetting(action.guid, action.number);
-    case Kind::kEventRecord:
-      return m_machine.WriteRecord(action.record);
-    case Kind::kRegistrySet:
-    case Kind::kRegistryDelete:
-      return;  // done
   }
 }
 
@@ -129,15 +85,33 @@ void StoryEvents::Stop() {
   Refuse(platform::kServiceControlStop, 0, error);
 }
 
-void StoryEvents::SendControl(const Action& action) {
-  const auto sent = virtual_notebook::ControlOf(action);
-  Refuse(sent->control, sent->event_type, ControlQueue::Get().SendControl(*sent));
+void StoryEvents::SendControl(const SentControl& sent) {
+  Refuse(sent.control, sent.event_type, ControlQueue::Get().SendControl(sent));
+}
+
+void StoryEvents::SendDeviceEvent(uint32_t event_type, const std::string& interface_name) {
+  ControlQueue::Get().SendDeviceEvent(event_type, interface_name);
 }
 
 void StoryEvents::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
   Refuse(platform::kServiceControlPowerEvent, virtual_notebook::kPowerSettingChange,
          ControlQueue::Get().SendPowerSetting(setting, data,
                                               m_machine.Notebook().power_settings_need_acceptance));
+}
+
+void StoryEvents::InstallModem(const ModemDescription& modem) {
+  PrefixTarget::InstallModem(modem);
+  m_machine.Modem().SetPresent(true);
+}
+
+void StoryEvents::RemoveModem() {
+  PrefixTarget::RemoveModem();
+  m_machine.Modem().SetPresent(false);
+}
+
+void StoryEvents::ChangeModem(const Action::ModemChange& change) {
+  PrefixTarget::ChangeModem(change);
+  m_machine.Modem().Apply(change);
 }
 
 void StoryEvents::Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error) {

@@ -20,9 +20,4 @@ std::vector<Occurrence> Occurrences(const virtual_notebook::Scenario& scenario);
 // How many of them have been played.
 size_t Played(const std::vector<Entry>& journal);
 
-// Does to the prefix what an event does while no process of the service lives; the
-// next process learns the rest from the journal. Not for the start. Throws
-// std::runtime_error.
-void PlayWithoutService(const virtual_notebook::Scenario& scenario, size_t index);
-
 }  // namespace nuvelta::wine
