@@ -6,11 +6,6 @@ namespace {
 
 constexpr std::chrono::seconds kBootBeforeStart{42};
 
-std::vector<uint8_t> FirmwareTable(const Notebook& notebook) {
-  if (!notebook.has_firmware_table) return {};
-  return notebook.raw_firmware ? *notebook.raw_firmware : BuildSmbiosTable(notebook.firmware);
-}
-
 }  // namespace
 
 VirtualMachine::Parts::Parts(const Scenario& scenario, Nanoseconds start_time,
@@ -26,7 +21,7 @@ VirtualMachine::Parts::Parts(const Scenario& scenario, Nanoseconds start_time,
       environment(context, scenario.notebook.environment),
       event_log(context),
       files(context, options.disk),
-      firmware(context, FirmwareTable(scenario.notebook)),
+      firmware(context, FirmwareTableOf(scenario.notebook)),
       memory(context),
       mobile_broadband(context, modem, scenario.notebook.accounts),
       registry(context, scenario.notebook.registry),

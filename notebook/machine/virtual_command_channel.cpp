@@ -76,7 +76,7 @@ class Result final : public platform::CommandResult {
 
   uint32_t StatusCode() override {
     m_context.Answers("CommandResult::StatusCode");
-    return m_reply.kind == Answer::Kind::kStatus ? m_reply.code : 0;
+    return m_reply.StatusCode();
   }
   std::shared_ptr<platform::DataBuffer> ResponseData() override {
     if (!m_context.Answers("CommandResult::ResponseData")) return nullptr;
@@ -115,10 +115,7 @@ class Operation final : public platform::CommandOperation {
   }
 
   void Complete() {
-    const auto status = m_reply.kind == Answer::Kind::kError ? platform::AsyncStatus::kError
-                        : m_reply.kind == Answer::Kind::kCanceled
-                            ? platform::AsyncStatus::kCanceled
-                            : platform::AsyncStatus::kCompleted;
+    const platform::AsyncStatus status = m_reply.EndState();
     {
       const std::lock_guard lock(m_mutex);
       m_status = status;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "notebook/model/unicode.h"
+#include "notebook/model/device_tables.h"
 
 namespace nuvelta::virtual_notebook {
 
@@ -47,8 +47,7 @@ bool VirtualDevices::SetupDiGetDeviceRegistryPropertyW(platform::DeviceSetHandle
     Context::SetLastError(platform::kErrorInvalidData);
     return false;
   }
-  const std::vector<uint8_t> bytes =
-      found->raw_hardware_id ? *found->raw_hardware_id : Utf16Bytes(found->hardware_id, 2);
+  const std::vector<uint8_t> bytes = HardwareIdBytes(*found);
   if (bytes.size() > buffer.size()) {
     Context::SetLastError(platform::kErrorInsufficientBuffer);
     return false;

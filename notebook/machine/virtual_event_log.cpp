@@ -1,7 +1,5 @@
 #include "notebook/machine/virtual_event_log.h"
 
-#include <cstring>
-
 #include "notebook/model/event_data.h"
 
 namespace nuvelta::virtual_notebook {
@@ -31,25 +29,11 @@ bool VirtualEventLog::ReadEventLogW(platform::EventLogHandle log, uint32_t /*fla
     Context::SetLastError(platform::kErrorInvalidHandle);
     return false;
   }
-  size_t used = 0;
-  while (cursor->second > 0) {
-    const std::vector<uint8_t>& record = m_records[cursor->second - 1];
-    if (used + record.size() > buffer.size()) {
-      needed = static_cast<uint32_t>(record.size());
-      break;
-    }
-    if (!record.empty()) std::memcpy(buffer.data() + used, record.data(), record.size());
-    used += record.size();
-    --cursor->second;
-  }
-  if (used == 0) {
-    Context::SetLastError(needed != 0 ? platform::kErrorInsufficientBuffer
-                                      : platform::kErrorHandleEof);
-    return false;
-  }
-  read = static_cast<uint32_t>(used);
-  needed = 0;
-  return true;
+  const RecordsRead answer = ReadBackwards(m_records, cursor->second, buffer);
+  read = answer.read;
+  needed = answer.needed;
+  if (answer.error != platform::kErrorSuccess) Context::SetLastError(answer.error);
+  return answer.error == platform::kErrorSuccess;
 }
 
 bool VirtualEventLog::CloseEventLog(platform::EventLogHandle log) noexcept {

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "notebook/model/file_time.h"
+#include "notebook/model/log_names.h"
 #include "notebook/model/unicode.h"
 
 namespace nuvelta::virtual_notebook {
@@ -18,8 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uint64_t kUnitsPerSecond = 10000000;
-constexpr uint64_t kSecondsFrom1601To1970 = 11644473600;
 constexpr uint32_t kErrorSharingViolation = 32;
 
 }  // namespace
@@ -59,8 +59,7 @@ platform::FindData VirtualFiles::Describe(const fs::path& file) const {
   Entry entry{.size = 0, .seconds = m_begin};
   const auto known = m_entries.find(file.filename().string());
   if (known != m_entries.end()) entry = known->second;
-  return {.ftLastWriteTime =
-              (static_cast<uint64_t>(entry.seconds) + kSecondsFrom1601To1970) * kUnitsPerSecond,
+  return {.ftLastWriteTime = FileTicks(std::chrono::seconds(entry.seconds)),
           .nFileSizeHigh = static_cast<uint32_t>(entry.size >> 32U),
           .nFileSizeLow = static_cast<uint32_t>(entry.size),
           .cFileName = file.filename().string()};
@@ -160,10 +159,7 @@ void VirtualFiles::PutOldLogs(const std::string& folder, const std::vector<OldLo
          --begun) {
       std::tm local{};
       localtime_r(&begun, &local);
-      std::array<char, 32> stamp{};
-      std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", &local);
-      name = name_prefix;
-      name.append("HX2208GW_").append(stamp.data()).append(name_suffix);
+      name = name_prefix + kLogProgram + LogStampOf(local) + name_suffix;
     }
     const fs::path file = host / name;
     std::ofstream(file, std::ios::trunc).close();

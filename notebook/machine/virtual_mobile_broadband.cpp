@@ -114,8 +114,7 @@ VirtualMobileBroadband::~VirtualMobileBroadband() = default;
 
 std::shared_ptr<platform::Modem> VirtualMobileBroadband::GetDefault() {
   if (!m_context.Answers("MobileBroadband::GetDefault")) return nullptr;
-  const ModemDescription modem = m_modem.Description();
-  return modem.present && modem.mbim ? MakeModem(m_context, m_modem) : nullptr;
+  return IsOffered(m_modem.Description()) ? MakeModem(m_context, m_modem) : nullptr;
 }
 
 std::shared_ptr<platform::DataWriter> VirtualMobileBroadband::CreateDataWriter() {

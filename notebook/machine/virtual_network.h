@@ -26,7 +26,6 @@ class VirtualNetwork final : public platform::NetworkAdapters {
   void InstallModem();
 
  private:
-  std::vector<Adapter> Present() const;
   void AddToClassKey(const Adapter& adapter);
 
   Context& m_context;

@@ -253,15 +253,6 @@ void VirtualServiceControl::Enqueue(Control control) {
   m_context.scheduler.Change([&] { dispatcher->controls.push_back(std::move(control)); });
 }
 
-std::optional<uint32_t> VirtualServiceControl::WhyRefused(const SentControl& sent) const {
-  if (!sent.regardless) {
-    if (const auto error = RefusalOf(sent.control, Managed())) return error;
-  }
-  // Not even regardless of the rules is there anybody to call.
-  if (m_process == 0) return kErrorServiceNotActive;
-  return m_handler == nullptr ? std::optional(kErrorServiceRequestTimeout) : std::nullopt;
-}
-
 void VirtualServiceControl::Refuse(uint32_t control, uint32_t event_type, uint32_t error) {
   m_refused.push_back({.at = m_context.scheduler.Now() - m_begin,
                        .control = control,
@@ -272,7 +263,8 @@ void VirtualServiceControl::Refuse(uint32_t control, uint32_t event_type, uint32
 void VirtualServiceControl::SendControl(const SentControl& sent) {
   {
     const std::lock_guard lock(m_mutex);
-    if (const auto error = WhyRefused(sent)) return Refuse(sent.control, sent.event_type, *error);
+    if (const auto error = RefusalOf(sent, Managed()))
+      return Refuse(sent.control, sent.event_type, *error);
     // The manager knows nothing of what comes regardless of it.
     if (sent.control == platform::kServiceControlStop && !sent.regardless) m_stop_sent = true;
   }
@@ -285,7 +277,7 @@ bool VirtualServiceControl::SendLastStop() {
     const bool stopping = m_stop_sent || m_status.dwCurrentState == platform::kServiceStopPending ||
                           m_status.dwCurrentState == platform::kServiceStopped;
     if (stopping) return true;
-    if (WhyRefused({.control = platform::kServiceControlStop})) return false;
+    if (RefusalOf(SentControl{.control = platform::kServiceControlStop}, Managed())) return false;
     m_stop_sent = true;
   }
   Enqueue({.control = platform::kServiceControlStop, .data = {}});

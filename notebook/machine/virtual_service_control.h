@@ -67,10 +67,11 @@ class VirtualServiceControl final : public platform::ServiceControl {
   struct PowerQueue;
 
   void Enqueue(Control control);
-  // All three with the mutex held.
-  std::optional<uint32_t> WhyRefused(const SentControl& sent) const;
+  // Both with the mutex held.
   void Refuse(uint32_t control, uint32_t event_type, uint32_t error);
-  ManagedService Managed() const { return {.status = m_status, .stop_sent = m_stop_sent}; }
+  ManagedService Managed() const {
+    return {.status = m_status, .stop_sent = m_stop_sent, .has_handler = m_handler != nullptr};
+  }
   void ServePowerEvents(const std::shared_ptr<PowerQueue>& queue);
 
   Context& m_context;

@@ -6,14 +6,13 @@
 #include <ctime>
 
 #include "notebook/machine/code_page.h"
+#include "notebook/model/file_time.h"
 #include "notebook/model/unicode.h"
 
 namespace nuvelta::virtual_notebook {
 
 namespace {
 
-constexpr int64_t kUnitsPerSecond = 10000000;  // of a FILETIME
-constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
 constexpr uint32_t kVersionBlockSize = 64;
 
 int64_t WholeSeconds(Nanoseconds time) {
@@ -103,7 +102,7 @@ bool VirtualSystemInformation::LookUpNtQuerySystemInformation() {
 uint32_t VirtualSystemInformation::NtQuerySystemInformation(uint32_t /*information_class*/,
                                                             std::span<std::byte> buffer) {
   if (const auto status = m_context.Error("NtQuerySystemInformation")) return *status;
-  const int64_t boot = m_boot.count() / 100 + kSecondsFrom1601To1970 * kUnitsPerSecond;
+  const auto boot = static_cast<int64_t>(FileTicks(m_boot));
   if (buffer.size() < sizeof boot) return 0xC0000004;  // STATUS_INFO_LENGTH_MISMATCH
   std::memcpy(buffer.data(), &boot, sizeof boot);
   return 0;
@@ -116,14 +115,15 @@ bool VirtualSystemInformation::FileTimeToLocalFileTime(platform::FileTime utc,
   const time_t now = WholeSeconds(m_context.scheduler.Now());
   std::tm broken_down{};
   localtime_r(&now, &broken_down);
-  local = utc + static_cast<platform::FileTime>(broken_down.tm_gmtoff * kUnitsPerSecond);
+  local = utc + static_cast<platform::FileTime>(broken_down.tm_gmtoff * kTicksPerSecond);
   return true;
 }
 
 bool VirtualSystemInformation::FileTimeToSystemTime(platform::FileTime time,
                                                     platform::SystemTime& broken_down) {
   if (m_context.Fails("FileTimeToSystemTime")) return false;
-  const time_t seconds = static_cast<int64_t>(time) / kUnitsPerSecond - kSecondsFrom1601To1970;
+  const time_t seconds =
+      static_cast<int64_t>(time) / kTicksPerSecond - kTicksBefore1970 / kTicksPerSecond;
   std::tm utc{};
   gmtime_r(&seconds, &utc);
   broken_down = {.wYear = static_cast<uint16_t>(utc.tm_year + 1900),
@@ -134,7 +134,7 @@ bool VirtualSystemInformation::FileTimeToSystemTime(platform::FileTime time,
                  .wMinute = static_cast<uint16_t>(utc.tm_min),
                  .wSecond = static_cast<uint16_t>(utc.tm_sec),
                  .wMilliseconds =
-                     static_cast<uint16_t>(time % static_cast<uint64_t>(kUnitsPerSecond) / 10000)};
+                     static_cast<uint16_t>(time % static_cast<uint64_t>(kTicksPerSecond) / 10000)};
   return true;
 }
 

@@ -105,6 +105,14 @@ std::optional<uint32_t> RefusalOf(uint32_t control, const ManagedService& servic
   return accepts ? std::nullopt : std::optional(kErrorInvalidServiceControl);
 }
 
+std::optional<uint32_t> RefusalOf(const SentControl& sent, const ManagedService& service) {
+  if (!sent.regardless) {
+    if (const auto error = RefusalOf(sent.control, service)) return error;
+  }
+  if (service.status.dwCurrentState == 0) return kErrorServiceNotActive;
+  return service.has_handler ? std::nullopt : std::optional(kErrorServiceRequestTimeout);
+}
+
 std::string Describe(const RefusedControl& refused) {
   std::array<char, 64> begin{};
   std::snprintf(begin.data(), begin.size(), "%.3f s: control %u, ",

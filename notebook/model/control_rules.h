@@ -28,6 +28,7 @@ struct ManagedService {
   platform::ServiceStatus status;
   // The stop control has been sent, behind which the manager sends no other.
   bool stop_sent = false;
+  bool has_handler = false;
 };
 
 // Why a control does not reach the handler: the error that its sender is answered, or
@@ -52,5 +53,8 @@ struct SentControl {
   uint32_t event_type = 0;
   bool regardless = false;  // of the manager's rule
 };
+// Why it does not reach the handler. Not even regardless of the rule can it where there is
+// none.
+std::optional<uint32_t> RefusalOf(const SentControl& sent, const ManagedService& service);
 
 }  // namespace nuvelta::virtual_notebook

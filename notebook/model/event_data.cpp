@@ -80,4 +80,22 @@ std::vector<uint8_t> EventRecordBytes(const EventRecord& record, uint32_t number
   return bytes;
 }
 
+RecordsRead ReadBackwards(std::span<const std::vector<uint8_t>> records, size_t& unread,
+                          std::span<std::byte> buffer) {
+  size_t used = 0;
+  size_t needed = 0;
+  for (; unread > 0; --unread) {
+    const std::vector<uint8_t>& record = records[unread - 1];
+    if (used + record.size() > buffer.size()) {
+      needed = record.size();
+      break;
+    }
+    if (!record.empty()) std::memcpy(buffer.data() + used, record.data(), record.size());
+    used += record.size();
+  }
+  if (used != 0) return {.read = static_cast<uint32_t>(used)};
+  return {.error = needed != 0 ? platform::kErrorInsufficientBuffer : platform::kErrorHandleEof,
+          .needed = static_cast<uint32_t>(needed)};
+}
+
 }  // namespace nuvelta::virtual_notebook

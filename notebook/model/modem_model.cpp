@@ -26,6 +26,12 @@ int32_t ValueOf(const std::vector<uint8_t>& payload) {
 
 }  // namespace
 
+platform::AsyncStatus ModemReply::EndState() const {
+  if (kind == Answer::Kind::kError) return platform::AsyncStatus::kError;
+  if (kind == Answer::Kind::kCanceled) return platform::AsyncStatus::kCanceled;
+  return platform::AsyncStatus::kCompleted;
+}
+
 ModemModel::ModemModel(ModemDescription description) : m_modem(std::move(description)) {}
 
 Answer ModemModel::NextAnswer(std::vector<Answer>& answers) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "notebook/model/scenario.h"
+#include "platform/mobile_broadband.h"
 
 namespace nuvelta::virtual_notebook {
 
@@ -29,7 +30,15 @@ struct ModemReply {
   Duration after{};
   uint32_t code = 0;
   std::vector<uint8_t> data;
+
+  // What the operation has come to, once it has.
+  platform::AsyncStatus EndState() const;
+  // The status code of its result.
+  uint32_t StatusCode() const { return kind == Answer::Kind::kStatus ? code : 0; }
 };
+
+// Whether the mobile-broadband stack offers it.
+inline bool IsOffered(const ModemDescription& modem) { return modem.present && modem.mbim; }
 
 // Safe on any thread.
 class ModemModel {

@@ -160,4 +160,9 @@ std::vector<uint8_t> BuildSmbiosTable(const SmbiosFields& fields) {
   return table;
 }
 
+std::vector<uint8_t> FirmwareTableOf(const Notebook& notebook) {
+  if (!notebook.has_firmware_table) return {};
+  return notebook.raw_firmware ? *notebook.raw_firmware : BuildSmbiosTable(notebook.firmware);
+}
+
 }  // namespace nuvelta::virtual_notebook

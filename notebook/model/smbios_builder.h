@@ -14,4 +14,7 @@ namespace nuvelta::virtual_notebook {
 // bytes behind the formatted length of the system structure are left out.
 std::vector<uint8_t> BuildSmbiosTable(const SmbiosFields& fields);
 
+// The table of a notebook: as given, or built. Empty when its firmware has none.
+std::vector<uint8_t> FirmwareTableOf(const Notebook& notebook);
+
 }  // namespace nuvelta::virtual_notebook

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <tuple>
 
+#include "common/log_folder.h"
+#include "notebook/model/log_names.h"
 #include "notebook/story/text_shape.h"
 
 namespace nuvelta::story {
@@ -16,9 +18,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kPrefix = "nuvelta_maservice_monitor_HX2208GW_";
+const std::string kPrefix = std::string(kLogFilePrefix) + virtual_notebook::kLogProgram;
 constexpr std::string_view kStampShape = "dddd-dd-dd_dd.dd.dd";
-constexpr std::string_view kSuffix = ".log";
+constexpr std::string_view kSuffix = kLogFileSuffix;
 
 // A log file's name taken apart.
 struct LogName {

@@ -4,13 +4,14 @@
 
 #include <userenv.h>
 
-#include <array>
 #include <ctime>
 #include <cwchar>
 #include <stdexcept>
 #include <string>
 
 #include "common/log_folder.h"
+#include "notebook/model/file_time.h"
+#include "notebook/model/log_names.h"
 #include "wine/story/places.h"
 
 namespace nuvelta::wine {
@@ -20,13 +21,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const wchar_t* kRootVariable = L"programdata=";
-constexpr int64_t kUnitsPerSecond = 10000000;  // of a FILETIME
-constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
 
 std::string NameAt(time_t begun) {
-  std::array<char, 32> stamp{};
-  std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", std::localtime(&begun));
-  return std::string(kLogFilePrefix) + "HX2208GW_" + stamp.data() + kLogFileSuffix;
+  return std::string(kLogFilePrefix) + virtual_notebook::kLogProgram +
+         virtual_notebook::LogStampOf(*std::localtime(&begun)) + kLogFileSuffix;
 }
 
 // Two logs of one age are begun a second apart.
@@ -40,9 +38,9 @@ Handle PutFile(const fs::path& file, uint64_t size, int64_t seconds, bool in_use
   Handle handle(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
                             in_use ? FILE_SHARE_READ : 0, nullptr, CREATE_ALWAYS,
                             FILE_ATTRIBUTE_NORMAL, nullptr));
-  const auto units = static_cast<uint64_t>((seconds + kSecondsFrom1601To1970) * kUnitsPerSecond);
-  const FILETIME time{.dwLowDateTime = static_cast<DWORD>(units),
-                      .dwHighDateTime = static_cast<DWORD>(units >> 32U)};
+  const uint64_t ticks = virtual_notebook::FileTicks(std::chrono::seconds(seconds));
+  const FILETIME time{.dwLowDateTime = static_cast<DWORD>(ticks),
+                      .dwHighDateTime = static_cast<DWORD>(ticks >> 32U)};
   LARGE_INTEGER end{};
   end.QuadPart = static_cast<LONGLONG>(size);
   if (handle.get() == INVALID_HANDLE_VALUE ||

@@ -71,10 +71,8 @@ bool Player::PlayNext() {
 
 // There is no process: the manager has nobody to send it to.
 void Player::RefuseControl(const SentControl& sent) {
-  const uint32_t nobody = virtual_notebook::kErrorServiceNotActive;
-  const uint32_t error =
-      sent.regardless ? nobody : virtual_notebook::RefusalOf(sent.control, {}).value_or(nobody);
-  Write(ControlRefused{sent.control, sent.event_type, error}, m_now);
+  Write(ControlRefused{sent.control, sent.event_type, *virtual_notebook::RefusalOf(sent, {})},
+        m_now);
 }
 
 }  // namespace nuvelta::wine

@@ -10,9 +10,8 @@
 #include <windows.h>
 
 #include <memory>
-#include <string>
 
-#include "notebook/model/unicode.h"
+#include "wine/story/wide.h"
 
 namespace nuvelta::wine {
 
@@ -27,10 +26,5 @@ struct ServiceHandleCloser {
   void operator()(SC_HANDLE handle) const { CloseServiceHandle(handle); }
 };
 using ServiceHandle = std::unique_ptr<SC_HANDLE__, ServiceHandleCloser>;
-
-inline std::wstring Wide(const std::string& utf8) {
-  const std::u16string text = virtual_notebook::Utf16(utf8);
-  return {text.begin(), text.end()};
-}
 
 }  // namespace nuvelta::wine

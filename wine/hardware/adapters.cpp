@@ -10,9 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "notebook/model/scenario.h"
+#include "notebook/model/device_tables.h"
 #include "notebook/model/unicode.h"
-#include "platform/network.h"
 #include "wine/hardware/crash.h"
 #include "wine/hardware/machine.h"
 
@@ -21,20 +20,7 @@ namespace nuvelta::wine {
 namespace {
 
 using virtual_notebook::Adapter;
-
-std::vector<Adapter> PresentAdapters(Machine& machine) {
-  std::vector<Adapter> adapters = machine.Notebook().adapters;
-  const virtual_notebook::ModemDescription modem = machine.Modem().Description();
-  if (modem.present) {
-    adapters.push_back({.name = modem.adapter_name,
-                        .description = modem.description,
-                        .friendly_name = modem.friendly_name,
-                        .if_type = platform::kIfTypeWwanPp,
-                        .oper_status = modem.oper_status,
-                        .instance_id = modem.instance_id});
-  }
-  return adapters;
-}
+using virtual_notebook::AdapterLayout;
 
 // In the code page in which the registry's ANSI functions answer the same name.
 std::string Ansi(const std::u16string& text) {
@@ -46,47 +32,24 @@ std::string Ansi(const std::u16string& text) {
   return ansi;
 }
 
-// A record and its three texts, as they lie in the caller's buffer.
-class Layout {
- public:
-  explicit Layout(const Adapter& adapter)
-      : m_adapter(adapter),
-        m_name(Ansi(virtual_notebook::Utf16(adapter.name))),
-        m_description(virtual_notebook::Utf16(adapter.description)),
-        m_friendly_name(virtual_notebook::Utf16(adapter.friendly_name)) {}
+AdapterLayout LayoutOf(const Adapter& adapter) {
+  return {adapter, Ansi(virtual_notebook::Utf16(adapter.name)), sizeof(IP_ADAPTER_ADDRESSES),
+          alignof(IP_ADAPTER_ADDRESSES)};
+}
 
-  size_t Size() const {
-    const size_t size = sizeof(IP_ADAPTER_ADDRESSES) +
-                        (m_description.size() + 1 + m_friendly_name.size() + 1) * sizeof(wchar_t) +
-                        m_name.size() + 1;
-    constexpr size_t kAlignment = alignof(IP_ADAPTER_ADDRESSES);
-    return (size + kAlignment - 1) / kAlignment * kAlignment;
-  }
-
-  void Write(std::byte* at, bool last) const {
-    auto* const description = reinterpret_cast<wchar_t*>(at + sizeof(IP_ADAPTER_ADDRESSES));
-    wchar_t* const friendly = description + m_description.size() + 1;
-    char* const name = reinterpret_cast<char*>(friendly + m_friendly_name.size() + 1);
-    std::memcpy(description, m_description.c_str(), (m_description.size() + 1) * sizeof(wchar_t));
-    std::memcpy(friendly, m_friendly_name.c_str(), (m_friendly_name.size() + 1) * sizeof(wchar_t));
-    std::memcpy(name, m_name.c_str(), m_name.size() + 1);
-    auto* const record = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(at);
-    std::memset(record, 0, sizeof *record);
-    record->Length = sizeof *record;
-    record->Next = last ? nullptr : reinterpret_cast<IP_ADAPTER_ADDRESSES*>(at + Size());
-    record->AdapterName = name;
-    record->Description = description;
-    record->FriendlyName = friendly;
-    record->IfType = m_adapter.if_type;
-    record->OperStatus = static_cast<IF_OPER_STATUS>(m_adapter.oper_status);
-  }
-
- private:
-  const Adapter& m_adapter;
-  const std::string m_name;
-  const std::u16string m_description;
-  const std::u16string m_friendly_name;
-};
+void Write(std::byte* at, const Adapter& adapter, bool last) {
+  const AdapterLayout layout = LayoutOf(adapter);
+  const AdapterLayout::Texts texts = layout.WriteTexts(at);
+  auto* const record = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(at);
+  std::memset(record, 0, sizeof *record);
+  record->Length = sizeof *record;
+  record->Next = last ? nullptr : reinterpret_cast<IP_ADAPTER_ADDRESSES*>(at + layout.Size());
+  record->AdapterName = texts.name;
+  record->Description = reinterpret_cast<wchar_t*>(texts.description);
+  record->FriendlyName = reinterpret_cast<wchar_t*>(texts.friendly_name);
+  record->IfType = adapter.if_type;
+  record->OperStatus = static_cast<IF_OPER_STATUS>(adapter.oper_status);
+}
 
 }  // namespace
 
@@ -100,18 +63,18 @@ extern "C" __declspec(dllexport) ULONG WINAPI
   Machine* const machine = Machine::Current();
   if (machine == nullptr) return ERROR_NO_DATA;
   if (const auto fault = machine->Count("GetAdaptersAddresses")) return fault->code;
-  const std::vector<Adapter> adapters = PresentAdapters(*machine);
+  const std::vector<Adapter> adapters =
+      PresentAdapters(machine->Notebook().adapters, machine->Modem().Description());
   if (adapters.empty()) return ERROR_NO_DATA;
   ULONG needed = 0;
-  for (const Adapter& adapter : adapters) needed += static_cast<ULONG>(Layout(adapter).Size());
+  for (const Adapter& adapter : adapters) needed += static_cast<ULONG>(LayoutOf(adapter).Size());
   const ULONG room = *size;
   *size = needed;
   if (buffer == nullptr || room < needed) return ERROR_BUFFER_OVERFLOW;
   auto* at = reinterpret_cast<std::byte*>(buffer);
   for (const Adapter& adapter : adapters) {
-    const Layout layout(adapter);
-    layout.Write(at, &adapter == &adapters.back());
-    at += layout.Size();
+    Write(at, adapter, &adapter == &adapters.back());
+    at += LayoutOf(adapter).Size();
   }
   if (PrepareCrash(machine->TakeCrashRequest())) {
     // Texts that nobody can read.

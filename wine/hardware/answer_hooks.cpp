@@ -7,6 +7,7 @@
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,9 +30,7 @@ UINT WINAPI FirmwareTable(DWORD /*provider*/, DWORD /*table*/, void* buffer, DWO
     SetLastError(ERROR_INVALID_FUNCTION);
     return 0;
   }
-  const std::vector<uint8_t> table = notebook.raw_firmware
-                                         ? *notebook.raw_firmware
-                                         : virtual_notebook::BuildSmbiosTable(notebook.firmware);
+  const std::vector<uint8_t> table = virtual_notebook::FirmwareTableOf(notebook);
   if (size < table.size()) {
     SetLastError(ERROR_INSUFFICIENT_BUFFER);
   } else if (!table.empty()) {
@@ -66,24 +65,11 @@ class OpenLogs {
     return m_logs.erase(reinterpret_cast<uintptr_t>(handle)) != 0;
   }
 
-  // Whole records, newest first, as many as fit; answers an error code.
-  DWORD Read(HANDLE handle, std::byte* buffer, DWORD size, DWORD& read, DWORD& needed) {
+  virtual_notebook::RecordsRead Read(HANDLE handle, std::span<std::byte> buffer) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_logs.find(reinterpret_cast<uintptr_t>(handle));
-    if (found == m_logs.end()) return ERROR_INVALID_HANDLE;
-    Snapshot& log = found->second;
-    while (log.unread > 0) {
-      const std::vector<uint8_t>& record = log.records[log.unread - 1];
-      if (read + record.size() > size) {
-        if (read == 0) needed = static_cast<DWORD>(record.size());
-        break;
-      }
-      if (!record.empty()) std::memcpy(buffer + read, record.data(), record.size());
-      read += static_cast<DWORD>(record.size());
-      --log.unread;
-    }
-    if (read != 0) return ERROR_SUCCESS;
-    return needed != 0 ? ERROR_INSUFFICIENT_BUFFER : ERROR_HANDLE_EOF;
+    if (found == m_logs.end()) return {.error = ERROR_INVALID_HANDLE};
+    return virtual_notebook::ReadBackwards(found->second.records, found->second.unread, buffer);
   }
 
  private:
@@ -108,9 +94,11 @@ BOOL WINAPI ReadLog(HANDLE log, DWORD /*flags*/, DWORD /*offset*/, void* buffer,
   *read = 0;
   *needed = 0;
   if (Machine::Current()->Fails("ReadEventLogW")) return FALSE;
-  const DWORD error = Logs().Read(log, static_cast<std::byte*>(buffer), size, *read, *needed);
-  if (error != ERROR_SUCCESS) SetLastError(error);
-  return error == ERROR_SUCCESS ? TRUE : FALSE;
+  const auto answer = Logs().Read(log, {static_cast<std::byte*>(buffer), size});
+  *read = answer.read;
+  *needed = answer.needed;
+  if (answer.error != ERROR_SUCCESS) SetLastError(answer.error);
+  return answer.error == ERROR_SUCCESS ? TRUE : FALSE;
 }
 
 BOOL WINAPI CloseLog(HANDLE log) { return Logs().Close(log) ? TRUE : FALSE; }

@@ -42,6 +42,7 @@ void ControlQueue::SetHandler(LPHANDLER_FUNCTION_EX handler, void* context) {
   Director::Get().Change([&] {
     m_handler = handler;
     m_context = context;
+    m_service.has_handler = true;
   });
 }
 
@@ -68,8 +69,7 @@ void ControlQueue::Enqueue(Control control) {
 std::optional<uint32_t> ControlQueue::SendControl(const SentControl& sent) {
   std::optional<uint32_t> error;
   Director::Get().Change([&] {
-    if (!sent.regardless) error = RefusalOf(sent.control, m_service);
-    if (!error && m_handler == nullptr) error = virtual_notebook::kErrorServiceRequestTimeout;
+    error = RefusalOf(sent, m_service);
     if (error) return;
     m_controls.push_back({.control = sent.control, .event_type = sent.event_type});
   });

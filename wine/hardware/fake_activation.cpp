@@ -18,8 +18,7 @@ class FakeModemFactory final : public Fake<IActivationFactory, abi::IMobileBroad
   HRESULT STDMETHODCALLTYPE GetDefault(abi::IMobileBroadbandModem** value) override {
     *value = nullptr;
     return Answer("MobileBroadband::GetDefault", [&] {
-      const virtual_notebook::ModemDescription modem = Stage().Modem();
-      if (modem.present && modem.mbim) *value = MakeFakeModem().Detach();
+      if (IsOffered(Stage().Modem())) *value = MakeFakeModem().Detach();
       return S_OK;
     });
   }

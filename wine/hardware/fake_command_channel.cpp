@@ -21,7 +21,7 @@ class FakeResult final : public Fake<abi::IMobileBroadbandDeviceServiceCommandRe
 
   HRESULT STDMETHODCALLTYPE get_StatusCode(UINT32* value) override {
     return Answer("CommandResult::StatusCode", [&] {
-      *value = m_reply.kind == ReplyKind::kStatus ? m_reply.code : 0;
+      *value = m_reply.StatusCode();
       return S_OK;
     });
   }
@@ -72,9 +72,7 @@ class FakeOperation final : public Fake<abi::ICommandOperation> {
   void Complete() {
     {
       const std::lock_guard lock(m_mutex);
-      m_status = m_reply.kind == ReplyKind::kError      ? AsyncStatus::kError
-                 : m_reply.kind == ReplyKind::kCanceled ? AsyncStatus::kCanceled
-                                                        : AsyncStatus::kCompleted;
+      m_status = m_reply.EndState();
     }
     CallHandler();
   }

@@ -1,6 +1,5 @@
 #include "wine/program/playing.h"
 
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "notebook/model/log_names.h"
 #include "notebook/program/log_follower.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/log_files.h"
@@ -30,10 +30,8 @@ constexpr std::string_view kLogsLine = "logs ";  // the driver's, see its main
 std::string LogStampNow() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
-  std::array<char, 32> stamp{};
   localtime_r(&now, &local);
-  std::strftime(stamp.data(), stamp.size(), "%Y-%m-%d_%H.%M.%S", &local);
-  return stamp.data();
+  return virtual_notebook::LogStampOf(local);
 }
 
 // Follows the driver to its end. Answers the log folder.

@@ -10,7 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "notebook/model/unicode.h"
+#include "notebook/model/device_tables.h"
+#include "wine/story/wide.h"
 
 namespace nuvelta::wine {
 
@@ -25,8 +26,6 @@ constexpr const wchar_t* kEnumKey = L"SYSTEM\\CurrentControlSet\\Enum\\NUVELTAST
 // Wine lists devices in the order of their names.
 constexpr const wchar_t* kModemDevice = L"NUVELTASTORY\\MODEM\\0000";
 constexpr const wchar_t* kModemEnumKey = L"SYSTEM\\CurrentControlSet\\Enum\\NUVELTASTORY\\MODEM";
-constexpr const wchar_t* kClassKey =
-    L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
 // GUID_DEVCLASS_SYSTEM: a class whose key the service does not read.
 constexpr GUID kDeviceClass{
     0x4D36E97D, 0xE325, 0x11CE, {0xBF, 0xC1, 0x08, 0x00, 0x2B, 0xE1, 0x03, 0x18}};
@@ -106,26 +105,26 @@ void InstallDevice(const wchar_t* id, const Device& device) {
     Fail("SetupDiCreateDeviceInfoW", GetLastError());
   }
   if (device.has_hardware_id) {
-    SetHardwareId(
-        list.Get(), data,
-        device.raw_hardware_id ? *device.raw_hardware_id : Utf16Bytes(device.hardware_id, 2));
+    SetHardwareId(list.Get(), data, virtual_notebook::HardwareIdBytes(device));
   }
   if (SetupDiRegisterDeviceInfo(list.Get(), &data, 0, nullptr, nullptr, nullptr) == FALSE) {
     Fail("SetupDiRegisterDeviceInfo", GetLastError());
   }
 }
 
+std::wstring ClassKey() { return Wide(virtual_notebook::kNetworkClassKey); }
+
 std::wstring ClassSubkey(unsigned number) {
   wchar_t name[16];
   std::swprintf(name, sizeof name / sizeof *name, L"\\%04u", number);
-  return kClassKey + std::wstring(name);
+  return ClassKey() + name;
 }
 
 void WriteClassSubkey(const std::wstring& path, const Adapter& adapter) {
   const Key key(path);
-  key.SetText(L"NetCfgInstanceId", adapter.name);
-  key.SetText(L"DriverDesc", adapter.description);
-  if (adapter.instance_id) key.SetText(L"DeviceInstanceID", *adapter.instance_id);
+  for (const auto& [name, text] : virtual_notebook::ClassKeyTexts(adapter)) {
+    key.SetText(Wide(name).c_str(), text);
+  }
 }
 
 // The modem's subkey goes behind those that there are.
@@ -138,10 +137,7 @@ void WriteModemSubkey(const ModemDescription& modem) {
       return;
     }
   }
-  WriteClassSubkey(ClassSubkey(number), {.name = modem.adapter_name,
-                                         .description = modem.description,
-                                         .friendly_name = modem.friendly_name,
-                                         .instance_id = modem.instance_id});
+  WriteClassSubkey(ClassSubkey(number), virtual_notebook::ModemAdapter(modem));
 }
 
 }  // namespace
@@ -153,7 +149,7 @@ void InstallStoryDevices(const virtual_notebook::Notebook& notebook) {
                   static_cast<unsigned>(i));
     InstallDevice(id, notebook.devices[i]);
   }
-  { const Key configuration(std::wstring(kClassKey) + L"\\Configuration"); }
+  { const Key configuration(ClassKey() + L"\\Configuration"); }
   unsigned number = 0;
   for (const Adapter& adapter : notebook.adapters) {
     if (adapter.in_class_key) WriteClassSubkey(ClassSubkey(number++), adapter);
@@ -182,7 +178,7 @@ void ChangeModemHardwareId(const std::string& hardware_id) {
 
 void RemoveStoryDevices() noexcept {
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, kEnumKey);
-  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClassKey);
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClassKey().c_str());
 }
 
 }  // namespace nuvelta::wine

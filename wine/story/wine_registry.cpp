@@ -4,18 +4,9 @@
 
 #include <stdexcept>
 
-#include "notebook/model/unicode.h"
+#include "wine/story/wide.h"
 
 namespace nuvelta::wine {
-
-namespace {
-
-std::wstring Wide(const std::string& utf8) {
-  const std::u16string text = virtual_notebook::Utf16(utf8);
-  return {text.begin(), text.end()};
-}
-
-}  // namespace
 
 void CreateRegistryKey(const std::string& key) {
   HKEY handle = nullptr;
