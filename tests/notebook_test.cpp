@@ -54,8 +54,6 @@ TEST(FaultPlan, FailsTheCallsThatItNames) {
   const auto rest = plan.NotFired();
   ASSERT_EQ(rest.size(), 2U);
   EXPECT_EQ(rest[0].call + rest[1].call, "HeapAllocLocalAlloc");
-  EXPECT_EQ(plan.Counts(), (std::map<std::string, uint32_t, std::less<>>{
-                               {"HeapAlloc", 3}, {"SetEvent", 7}, {"_mkdir", 6}}));
 }
 
 TEST(DelayPlan, AddsUpTheDelaysOfACall) {

@@ -129,13 +129,11 @@ TEST(LogCounts, CountsTheMarksOfWork) {
       "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask OTHER\r\n"
       "i : x Cast Time 1\r\ni : x Cast Time 2\r\ni : x Cast Time 3\r\ni : x Cast Time 4\r\n"
       "i : t retry deal task : 1\r\ni : t retry deal task : 2\r\ni : t retry deal task : 3\r\n"
-      "i : 0 <=0 ,give up the Task a\r\ni : 0 <=0 ,give up the Task b\r\n"
-      "i : CommonUtil::RestartService();\r\n");
+      "i : 0 <=0 ,give up the Task a\r\ni : 0 <=0 ,give up the Task b\r\n");
   EXPECT_EQ(counts.triggers, 5U);
   EXPECT_EQ(counts.runs, 4U);
   EXPECT_EQ(counts.retries, 3U);
   EXPECT_EQ(counts.give_ups, 2U);
-  EXPECT_EQ(counts.restart_attempts, 1U);
   EXPECT_EQ(CountLog("").runs, 0U);
 }
 
@@ -162,7 +160,7 @@ Summary CrashedSummary() {
   Summary summary{.file = "a.json",
                   .title = "A title",
                   .report = {},
-                  .counts = LogCounts{5, 4, 3, 2, 1},
+                  .counts = LogCounts{5, 4, 3, 2},
                   .real_time = 25ms,
                   .log_folder = "logs"};
   auto& report = summary.report;
@@ -176,8 +174,7 @@ Summary CrashedSummary() {
   report.radio_before = 4;
   report.radio_after = 1;
   for (const auto& [process, state] : {std::pair{1U, 2U}, {1U, 4U}, {2U, 2U}, {2U, 99U}}) {
-    report.status_reports.push_back(
-        {.process = process, .at = {}, .status = {.dwCurrentState = state}});
+    report.status_reports.push_back({.process = process, .status = {.dwCurrentState = state}});
   }
   report.processes = {{.process = 1, .how = How::kCrashed, .crash = "\"task\": bad"},
                       {.process = 2, .how = How::kKilled, .crash = {}},

@@ -15,7 +15,7 @@ Told TellShipped(const std::string& name) { return Tell(Shipped(name)); }
 // "state/check point/wait hint/controls" of each report.
 std::string Reports(const StoryReport& report) {
   std::string text;
-  for (const auto& [process, at, status] : report.status_reports) {
+  for (const auto& [process, status] : report.status_reports) {
     EXPECT_EQ(status.dwServiceType, 16U);
     EXPECT_EQ(status.dwWin32ExitCode, 0U);
     text += std::to_string(status.dwCurrentState) + "/" + std::to_string(status.dwCheckPoint) +

@@ -100,7 +100,7 @@ bool VirtualServiceControl::SetServiceStatus(platform::StatusHandle /*handle*/,
   {
     const std::lock_guard lock(m_mutex);
     m_status = status;
-    m_reports.push_back({m_process, m_context.scheduler.Now(), status});
+    m_reports.push_back({m_process, status});
     dispatcher = m_dispatcher;
   }
   if (status.dwCurrentState == platform::kServiceStopped && dispatcher != nullptr) {

@@ -155,9 +155,4 @@ void VirtualThreads::EndProcess() {
   m_sections.clear();
 }
 
-size_t VirtualThreads::OpenHandles() const {
-  const std::lock_guard lock(m_mutex);
-  return m_events.size() + m_sections.size();
-}
-
 }  // namespace nuvelta::virtual_notebook

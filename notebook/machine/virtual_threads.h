@@ -34,8 +34,6 @@ class VirtualThreads final : public platform::Threads {
 
   // Forgets every handle, as at the end of the process.
   void EndProcess();
-  // Events and critical sections that are open.
-  size_t OpenHandles() const;
 
  private:
   struct Event;

@@ -36,11 +36,6 @@ std::vector<FiredFault> FaultPlan::Fired() const {
   return m_fired;
 }
 
-std::map<std::string, uint32_t, std::less<>> FaultPlan::Counts() const {
-  const std::lock_guard lock(m_mutex);
-  return m_counts;
-}
-
 std::vector<Fault> FaultPlan::NotFired() const {
   const std::lock_guard lock(m_mutex);
   std::vector<Fault> rest;

@@ -30,8 +30,6 @@ class FaultPlan {
   std::optional<Fault> Count(std::string_view call);
 
   std::vector<FiredFault> Fired() const;
-  // How often each call was made.
-  std::map<std::string, uint32_t, std::less<>> Counts() const;
   // Faults that were planned and never came due.
   std::vector<Fault> NotFired() const;
 

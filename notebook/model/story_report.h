@@ -17,7 +17,6 @@ namespace nuvelta::virtual_notebook {
 // One report of SetServiceStatus.
 struct StatusReport {
   uint32_t process = 0;
-  Duration at{};
   platform::ServiceStatus status;
 };
 

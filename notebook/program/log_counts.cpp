@@ -19,7 +19,6 @@ LogCounts& LogCounts::operator+=(const LogCounts& other) {
   runs += other.runs;
   retries += other.retries;
   give_ups += other.give_ups;
-  restart_attempts += other.restart_attempts;
   return *this;
 }
 
@@ -27,8 +26,7 @@ LogCounts CountLog(std::string_view log) {
   return {.triggers = Count(log, "CTaskFactory createTask TASK_TYPE_AUTH"),
           .runs = Count(log, " Cast Time "),
           .retries = Count(log, " retry deal task : "),
-          .give_ups = Count(log, " <=0 ,give up the Task "),
-          .restart_attempts = Count(log, "CommonUtil::RestartService();")};
+          .give_ups = Count(log, " <=0 ,give up the Task ")};
 }
 
 }  // namespace nuvelta::story

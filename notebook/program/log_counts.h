@@ -11,7 +11,6 @@ struct LogCounts {
   uint32_t runs = 0;
   uint32_t retries = 0;
   uint32_t give_ups = 0;
-  uint32_t restart_attempts = 0;
 
   LogCounts& operator+=(const LogCounts& other);
 };

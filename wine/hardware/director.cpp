@@ -38,7 +38,6 @@ void Director::Begin(Duration now, Script script) {
   const std::lock_guard lock(m_mutex);
   m_now = now;
   m_script = std::move(script);
-  m_begun = true;
   std::thread([this] { Direct(); }).detach();
 }
 

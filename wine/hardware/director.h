@@ -65,7 +65,6 @@ class Director {
 
  private:
   struct Waiter;
-  struct Timer;
 
   Director() = default;
   [[noreturn]] void Direct();
@@ -78,7 +77,6 @@ class Director {
   std::condition_variable m_idle;
   Script m_script;
   Duration m_now{};
-  bool m_begun = false;
   bool m_over = false;  // at_rest has been called
   unsigned m_frozen = 0;
   unsigned m_at_work = 0;

@@ -122,7 +122,7 @@ Telling TellingOf(const StoryReport& report, std::string_view log) {
     facts.back() += Format(", radio %d -> %d", command.radio_before, command.radio_after);
   }
   facts.push_back(Format("radio %d -> %d", report.radio_before, report.radio_after));
-  for (const auto& [process, at, status] : report.status_reports) {
+  for (const auto& [process, status] : report.status_reports) {
     facts.push_back(Format("status %u, controls 0x%X, exit code %u, check point %u, wait hint %u",
                            status.dwCurrentState, status.dwControlsAccepted, status.dwWin32ExitCode,
                            status.dwCheckPoint, status.dwWaitHint));

@@ -41,7 +41,7 @@ class Reporter {
     m_report.radio_after = command.command.radio_after;
   }
   void operator()(const wine::StatusReported& status) {
-    m_report.status_reports.push_back({status.process, m_at, status.reported});
+    m_report.status_reports.push_back({status.process, status.reported});
   }
   void operator()(const wine::FaultFired& fired) { m_report.fired_faults.push_back(fired.fault); }
   void operator()(const wine::Launched& launch) {
