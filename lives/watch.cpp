@@ -76,7 +76,8 @@ struct WatchedProcess {
   const platform::Platform& original = platform::Os();
   Watch watch;
   bool on = true;
-  WatchedThreads threads{*original.threads, watch, on};
+  WatchedThreads threads{
+      static_cast<virtual_notebook::VirtualThreads&>(*original.threads).Notebook(), watch, on};
   WatchedMobileBroadband mobile_broadband{*original.mobile_broadband, watch, on};
   platform::Platform platform = original;
 

@@ -1,9 +1,5 @@
 #include "lives/watched_threads.h"
 
-#include <utility>
-
-#include "notebook/machine/scheduler.h"
-
 namespace nuvelta::explore {
 
 using platform::CriticalSectionHandle;
@@ -21,15 +17,7 @@ platform::ThreadHandle WatchedThreads::CreateThread(platform::ThreadProcedure pr
                                                     void* parameter, const char* name) {
   m_watch.OnManager(static_cast<const CTaskManager*>(parameter));
   m_launches.push_back({.watch = m_watch, .procedure = procedure, .manager = parameter});
-  return m_threads.CreateThread(RunWorker, &m_launches.back(), name);
-}
-
-bool WatchedThreads::StartDetachedThread(std::function<void()> body, const char* name) {
-  return m_threads.StartDetachedThread(std::move(body), name);
-}
-
-EventHandle WatchedThreads::CreateEventW(bool manual_reset, bool initial_state) {
-  return m_threads.CreateEventW(manual_reset, initial_state);
+  return VirtualThreads::CreateThread(RunWorker, &m_launches.back(), name);
 }
 
 bool WatchedThreads::SetEvent(EventHandle event) {
@@ -38,16 +26,12 @@ bool WatchedThreads::SetEvent(EventHandle event) {
     // Refused or not: what is checked is that the service asks for it.
     m_watch.wakes.OnSet(event);
   }
-  return m_threads.SetEvent(event);
+  return VirtualThreads::SetEvent(event);
 }
 
 bool WatchedThreads::ResetEvent(EventHandle event) {
   if (m_on) m_watch.wakes.OnReset(event);
-  return m_threads.ResetEvent(event);
-}
-
-bool WatchedThreads::CloseHandle(EventHandle event) noexcept {
-  return m_threads.CloseHandle(event);
+  return VirtualThreads::ResetEvent(event);
 }
 
 uint32_t WatchedThreads::WaitForSingleObject(EventHandle event, uint32_t milliseconds) {
@@ -57,25 +41,26 @@ uint32_t WatchedThreads::WaitForSingleObject(EventHandle event, uint32_t millise
     m_watch.locks.OnWait(thread);
     if (for_task) m_watch.wakes.OnWait(event);
   }
-  const uint32_t result = m_threads.WaitForSingleObject(event, milliseconds);
+  const uint32_t result = VirtualThreads::WaitForSingleObject(event, milliseconds);
   if (m_on && for_task) m_watch.wakes.OnWaited(event);
   return result;
 }
 
 CriticalSectionHandle WatchedThreads::InitializeCriticalSectionAndSpinCount(uint32_t spin_count) {
-  const CriticalSectionHandle section = m_threads.InitializeCriticalSectionAndSpinCount(spin_count);
+  const CriticalSectionHandle section =
+      VirtualThreads::InitializeCriticalSectionAndSpinCount(spin_count);
   if (m_on) m_watch.locks.OnMade(static_cast<uintptr_t>(section));
   return section;
 }
 
 void WatchedThreads::EnterCriticalSection(CriticalSectionHandle section) {
   if (m_on) m_watch.locks.OnEnter(Scheduler::CurrentThread(), static_cast<uintptr_t>(section));
-  m_threads.EnterCriticalSection(section);
+  VirtualThreads::EnterCriticalSection(section);
 }
 
 void WatchedThreads::LeaveCriticalSection(CriticalSectionHandle section) noexcept {
   if (m_on) m_watch.OnLeave(Scheduler::CurrentThread(), static_cast<uintptr_t>(section));
-  m_threads.LeaveCriticalSection(section);
+  VirtualThreads::LeaveCriticalSection(section);
 }
 
 void WatchedThreads::Sleep(uint32_t milliseconds) {
@@ -84,14 +69,8 @@ void WatchedThreads::Sleep(uint32_t milliseconds) {
     m_watch.locks.OnWait(thread);
     m_watch.tasks.OnPause(thread, milliseconds);
   }
-  m_threads.Sleep(milliseconds);
+  VirtualThreads::Sleep(milliseconds);
   if (m_on) m_watch.tasks.OnPauseEnds(thread);
 }
-
-uint32_t WatchedThreads::GetCurrentThreadId() noexcept { return m_threads.GetCurrentThreadId(); }
-
-uint32_t WatchedThreads::GetCurrentProcessId() noexcept { return m_threads.GetCurrentProcessId(); }
-
-uint32_t WatchedThreads::GetLastError() noexcept { return m_threads.GetLastError(); }
 
 }  // namespace nuvelta::explore

@@ -11,9 +11,11 @@
 
 namespace nuvelta::virtual_notebook {
 
-class VirtualThreads final : public platform::Threads {
+class VirtualThreads : public platform::Threads {
  public:
   explicit VirtualThreads(Context& context) : m_context(context) {}
+
+  Context& Notebook() const { return m_context; }
 
   platform::ThreadHandle CreateThread(platform::ThreadProcedure procedure, void* parameter,
                                       const char* name) override;
