@@ -66,8 +66,8 @@ class Scheduler {
   // Host thread only: runs until every thread has ended.
   void Run();
 
-  // The calls below are made by scheduled threads. Those that may throw
-  // ThreadKilled do so only outside of stack unwinding.
+  // In scheduled_calls.cpp, to ThreadWord: the calls that scheduled threads make. Those
+  // that may throw ThreadKilled do so only outside of stack unwinding.
 
   // Lets another thread go first. Throws ThreadKilled.
   void Yield();
@@ -91,6 +91,12 @@ class Scheduler {
   // reprieved when it was killed.
   void AwaitLastOfProcess(uint32_t process);
 
+  // For checks in the deterministic mode, from a scheduled thread: `observer` is
+  // called at every hand-over from now on, by the thread that gives up its turn,
+  // before the next one is picked. It runs under the scheduler's lock and may call
+  // only what is static here. Null ends it.
+  static void OnStep(std::function<void()> observer);
+
   // The calling thread; 0 when it is not scheduled.
   static uint32_t CurrentThread();
   static uint32_t CurrentProcess();
@@ -107,17 +113,11 @@ class Scheduler {
   // What the exception being handled says of itself.
   static std::string DescribeCurrentException();
 
-  // For checks in the deterministic mode, from a scheduled thread: `observer` is
-  // called at every hand-over from now on, by the thread that gives up its turn,
-  // before the next one is picked. It runs under the scheduler's lock and may call
-  // only what is static here. Null ends it.
-  static void OnStep(std::function<void()> observer);
-
   // How often a thread was picked.
   uint64_t Steps() const { return m_steps.load(std::memory_order_relaxed); }
 
  private:
-  struct Thread;
+  struct Thread;                               // scheduler_thread.h
   static thread_local Scheduler* t_scheduler;  // null on a thread that is not scheduled
   static thread_local Thread* t_thread;
 

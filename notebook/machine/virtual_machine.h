@@ -54,16 +54,18 @@ class VirtualMachine {
   StoryReport RunProcess(std::function<void()> body);
 
  private:
-  struct Parts;
-  class Target;
+  struct Parts;  // machine_parts.h
 
+  // In director.cpp: what happens to the notebook, and when.
+  class Target;
   void Direct();
-  void StartService();
-  void ServiceProcess(uint32_t process);
   void EndStory();
   void CutShort();
-  void KillService(uint32_t process);
   void RunShell(const std::string& command_line);
+
+  void StartService();
+  void ServiceProcess(uint32_t process);
+  void KillService(uint32_t process);
   void Note(std::string text);
   void OnCrash(const std::string& thread, const std::string& what);
   StoryReport Report();

@@ -1,6 +1,5 @@
 #include "notebook/machine/virtual_service_control.h"
 
-#include <cstring>
 #include <utility>
 
 #include "notebook/model/event_data.h"
@@ -151,74 +150,6 @@ NotifyHandle VirtualServiceControl::RegisterDeviceNotificationW(
   const std::lock_guard lock(m_mutex);
   m_wants_devices = filter.dbcc_classguid == platform::kGuidDevInterfaceNet;
   return static_cast<NotifyHandle>(3);
-}
-
-namespace {
-
-// The records that EnumServicesStatusExW leaves in the caller's buffer: the
-// count first, then the records, then their names.
-struct ServiceEntry {
-  std::u16string name;
-  uint32_t process = 0;
-};
-
-size_t SizeOf(const std::vector<ServiceEntry>& entries) {
-  size_t size = 0;
-  for (const ServiceEntry& entry : entries) {
-    size += sizeof(platform::ServiceRecord) + (entry.name.size() + 1) * sizeof(char16_t);
-  }
-  return size;
-}
-
-}  // namespace
-
-platform::ManagerHandle VirtualServiceControl::OpenSCManagerW(uint32_t /*access*/) {
-  if (m_context.Fails("OpenSCManagerW")) return {};
-  return static_cast<platform::ManagerHandle>(0x5D);
-}
-
-bool VirtualServiceControl::EnumServicesStatusExW(platform::ManagerHandle /*manager*/,
-                                                  uint32_t /*level*/, uint32_t /*type*/,
-                                                  uint32_t /*state*/, void* buffer, uint32_t size,
-                                                  uint32_t& needed, uint32_t& returned) {
-  needed = 0;
-  returned = 0;
-  if (m_context.Fails("EnumServicesStatusExW")) return false;
-  std::vector<ServiceEntry> entries{{u"Dhcp", 912}, {u"EventLog", 1044}, {u"Spooler", 0}};
-  {
-    const std::lock_guard lock(m_mutex);
-    entries.push_back({m_service_key, m_process});
-  }
-  entries.push_back({u"WwanSvc", 1388});
-  const size_t total = SizeOf(entries);
-  if (buffer == nullptr || size < total) {
-    needed = static_cast<uint32_t>(total);
-    Context::SetLastError(platform::kErrorMoreData);
-    return false;
-  }
-  auto* record = static_cast<platform::ServiceRecord*>(buffer);
-  auto* name = reinterpret_cast<char16_t*>(record + entries.size());
-  for (const ServiceEntry& entry : entries) {
-    std::memcpy(name, entry.name.c_str(), (entry.name.size() + 1) * sizeof(char16_t));
-    *record++ = {.lpServiceName = name, .dwProcessId = entry.process};
-    name += entry.name.size() + 1;
-  }
-  returned = static_cast<uint32_t>(entries.size());
-  return true;
-}
-
-platform::ServiceRecord VirtualServiceControl::ReadService(const void* buffer, uint32_t index) {
-  return static_cast<const platform::ServiceRecord*>(buffer)[index];
-}
-
-bool VirtualServiceControl::CloseServiceHandle(platform::ManagerHandle manager) noexcept {
-  return manager != platform::ManagerHandle{};
-}
-
-bool VirtualServiceControl::ShellExecuteExW(const platform::ShellExecuteInfo& info) {
-  if (m_context.Fails("ShellExecuteExW")) return false;
-  m_launch(Utf8(info.lpFile) + " " + Utf8(info.lpParameters));
-  return true;
 }
 
 void VirtualServiceControl::BeginProcess(uint32_t process) {

@@ -37,6 +37,8 @@ class VirtualServiceControl final : public platform::ServiceControl {
   platform::NotifyHandle RegisterDeviceNotificationW(
       platform::StatusHandle recipient, const platform::DeviceInterfaceBroadcast& filter,
       uint32_t flags) override;
+
+  // For a restart; in virtual_service_list.cpp.
   platform::ManagerHandle OpenSCManagerW(uint32_t access) override;
   bool EnumServicesStatusExW(platform::ManagerHandle manager, uint32_t level, uint32_t type,
                              uint32_t state, void* buffer, uint32_t size, uint32_t& needed,
