@@ -41,11 +41,18 @@ void ShowFailure(uint64_t seed, const ExploreOptions& options, const std::string
   }
   const std::string text = life.dump(2) + '\n';
   std::printf("%s", text.c_str());
-  if (folder.empty()) return;
-  std::filesystem::create_directories(folder);
-  const auto file = std::filesystem::path(folder) / ("life_" + std::to_string(seed) + ".json");
-  std::ofstream(file) << text;
-  std::printf("kept as %s\n", file.c_str());
+  std::string command = "explore --lives 1 --seed " + std::to_string(seed);
+  if (options.start_delay_ms) {
+    command += " --start-delay " + std::to_string(*options.start_delay_ms);
+  }
+  if (!folder.empty()) {
+    std::filesystem::create_directories(folder);
+    const auto file = std::filesystem::path(folder) / ("life_" + std::to_string(seed) + ".json");
+    std::ofstream(file) << text;
+    std::printf("kept as %s\n", file.c_str());
+    command = "explore --replay " + file.string();
+  }
+  std::printf("to play it again: %s%s\n", command.c_str(), free_running ? " --free-running" : "");
 }
 
 int ShowExploration(const ExploreOptions& options, const std::string& folder) {

@@ -112,6 +112,13 @@ Summary PlayOne(const std::string& file, const Scenario& scenario, const RunOpti
   return summary;
 }
 
+// The command that plays the story again as it was.
+std::string Replay(const std::string& file, const Scenario& scenario, const RunOptions& options) {
+  return std::string(kProgram) + " run " + file + " --seed " +
+         std::to_string(options.seed.value_or(scenario.seed)) +
+         (options.free_running ? " --free" : "");
+}
+
 int PlayAll(const RunOptions& options, const std::vector<Scenario>& scenarios,
             const std::vector<fs::path>& disks) {
   const size_t count = scenarios.size();
@@ -125,7 +132,12 @@ int PlayAll(const RunOptions& options, const std::vector<Scenario>& scenarios,
     }
     const Summary summary = PlayOne(options.files[played], scenarios[played], options,
                                     disks[played], count == 1 && !options.json);
-    result = std::max(result, ShowSummary(summary, played + 1, count, options.json));
+    const int deserved = ShowSummary(summary, played + 1, count, options.json);
+    if (deserved != kRanToItsEnd) {
+      const std::string command = Replay(options.files[played], scenarios[played], options);
+      std::fprintf(stderr, "to play it again: %s\n", command.c_str());
+    }
+    result = std::max(result, deserved);
   }
   const int signal = NotedInterruption();
   if (signal == 0) return result;

@@ -47,6 +47,10 @@ Verdict Judge(const Telling& wine, const Scenario& scenario) {
   return verdict;
 }
 
+void PrintReplay(const std::string& file) {
+  std::printf("  to play it again: tests/wine/parity %s\n", file.c_str());
+}
+
 // Prints the story's line; whether it is the same both ways.
 bool CompareOne(WinePrefix& prefix, const std::string& file, const Scenario& scenario) {
   const WineStory story = PlayUnderWine(prefix, file, scenario, {});
@@ -70,6 +74,7 @@ bool CompareOne(WinePrefix& prefix, const std::string& file, const Scenario& sce
   if (!story.report.deadlock.empty()) {
     std::printf("  stuck under Wine: %s\n", story.report.deadlock.c_str());
   }
+  PrintReplay(file);
   return false;
 }
 
@@ -94,6 +99,7 @@ int CompareAll(WinePrefix& prefix, const std::vector<std::string>& files,
     } catch (const std::runtime_error& error) {
       ++different;
       std::printf("%s: FAILED: %s\n", files[i].c_str(), error.what());
+      PrintReplay(files[i]);
     }
     std::fflush(stdout);
   }

@@ -76,7 +76,11 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
         PlayOne(*prefix, files[i], (*scenarios)[i], files.size() == 1 && !json);
     // The next story takes the log files' place.
     if (i + 1 < files.size()) summary.log_folder.clear();
-    result = std::max(result, story::ShowSummary(summary, i + 1, files.size(), json));
+    const int deserved = story::ShowSummary(summary, i + 1, files.size(), json);
+    if (deserved != kRanToItsEnd) {
+      std::fprintf(stderr, "to play it again: ./run %s\n", files[i].c_str());
+    }
+    result = std::max(result, deserved);
   }
   return result;
 }
