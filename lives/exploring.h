@@ -9,7 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "lives/playing.h"
+#include "lives/judging.h"
 
 namespace nuvelta::explore {
 

@@ -4,10 +4,10 @@
 #include <array>
 
 #include "lives/command_watch.h"
+#include "lives/judging.h"
 #include "lives/life.h"
 #include "lives/lock_watch.h"
 #include "lives/permission.h"
-#include "lives/playing.h"
 #include "lives/status_rules.h"
 #include "lives/task_watch.h"
 #include "lives/wake_watch.h"

@@ -7,8 +7,8 @@
 #include <set>
 
 #include "consequences.h"
+#include "lives/judging.h"
 #include "lives/log_lines.h"
-#include "lives/playing.h"
 #include "notebook/scenario/scenario_text.h"
 #include "story_lines.h"
 

@@ -15,7 +15,7 @@
 #include "wine/driver/service_entry.h"
 #include "wine/driver/service_process.h"
 #include "wine/story/journal.h"
-#include "wine/story/story_line.h"
+#include "wine/story/occurrences.h"
 
 namespace nuvelta::wine {
 

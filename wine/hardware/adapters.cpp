@@ -13,7 +13,7 @@
 #include "notebook/model/device_tables.h"
 #include "notebook/model/unicode.h"
 #include "wine/hardware/crash.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 
 namespace nuvelta::wine {
 

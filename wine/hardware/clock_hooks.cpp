@@ -4,10 +4,10 @@
 #include <cstring>
 #include <ctime>
 
-#include "wine/hardware/director.h"
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
+#include "wine/hardware/story_clock.h"
 #include "wine/hardware/windows_time.h"
 
 namespace nuvelta::wine {

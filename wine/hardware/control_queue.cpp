@@ -7,7 +7,7 @@
 
 #include "notebook/model/event_data.h"
 #include "platform/service_control.h"
-#include "wine/hardware/director.h"
+#include "wine/hardware/story_clock.h"
 
 namespace nuvelta::wine {
 

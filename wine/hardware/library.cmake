@@ -5,16 +5,16 @@ add_library(wine_hardware SHARED
   clock_hooks.cpp
   control_queue.cpp
   crash.cpp
-  director.cpp
   fault_hooks.cpp
   import_table.cpp
   library.cpp
-  machine.cpp
+  played_story.cpp
   power_queue.cpp
   prefix_hooks.cpp
   runtime_fault_hooks.cpp
   service_hooks.cpp
   stage.cpp
+  story_clock.cpp
   story_events.cpp
   thread_hooks.cpp)
 set_target_properties(wine_hardware PROPERTIES OUTPUT_NAME iphlpapi PREFIX "")

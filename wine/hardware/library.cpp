@@ -3,7 +3,7 @@
 #include <windows.h>
 
 #include "wine/hardware/hooks.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 
 // Only the import table is changed here; the story is read when the first call
 // comes, for no file may be parsed and no thread be made under the loader's lock.

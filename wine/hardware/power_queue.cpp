@@ -1,6 +1,6 @@
 #include "wine/hardware/power_queue.h"
 
-#include "wine/hardware/director.h"
+#include "wine/hardware/story_clock.h"
 
 namespace nuvelta::wine {
 

@@ -7,7 +7,7 @@
 
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 
 namespace nuvelta::wine {
 

@@ -12,11 +12,11 @@
 #include "notebook/model/unicode.h"
 #include "platform/service_control.h"
 #include "wine/hardware/control_queue.h"
-#include "wine/hardware/director.h"
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 #include "wine/hardware/power_queue.h"
+#include "wine/hardware/story_clock.h"
 
 namespace nuvelta::wine {
 

@@ -1,9 +1,9 @@
 // The story as the fake mobile-broadband classes see it.
 #include <utility>
 
-#include "wine/hardware/director.h"
-#include "wine/hardware/machine.h"
 #include "wine/hardware/modem_stage.h"
+#include "wine/hardware/played_story.h"
+#include "wine/hardware/story_clock.h"
 
 namespace nuvelta::wine {
 

@@ -10,11 +10,11 @@
 #include "notebook/model/story_times.h"
 #include "platform/service_control.h"
 #include "wine/hardware/control_queue.h"
-#include "wine/hardware/director.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 #include "wine/hardware/power_queue.h"
+#include "wine/hardware/story_clock.h"
+#include "wine/story/occurrences.h"
 #include "wine/story/prefix_target.h"
-#include "wine/story/story_line.h"
 
 namespace nuvelta::wine {
 

@@ -11,11 +11,11 @@
 #include <set>
 #include <utility>
 
-#include "wine/hardware/director.h"
 #include "wine/hardware/hooks.h"
 #include "wine/hardware/import_table.h"
 #include "wine/hardware/last_error.h"
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
+#include "wine/hardware/story_clock.h"
 
 namespace nuvelta::wine {
 

@@ -1,4 +1,4 @@
-#include "wine/story/story_line.h"
+#include "wine/story/occurrences.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "wine/hardware/machine.h"
+#include "wine/hardware/played_story.h"
 
 #include <windows.h>
 
@@ -11,8 +11,8 @@
 
 #include "notebook/model/play_action.h"
 #include "notebook/scenario/scenario_reader.h"
-#include "wine/hardware/director.h"
 #include "wine/hardware/last_error.h"
+#include "wine/hardware/story_clock.h"
 #include "wine/hardware/story_events.h"
 #include "wine/hardware/windows_time.h"
 #include "wine/story/places.h"

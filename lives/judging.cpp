@@ -1,4 +1,4 @@
-#include "lives/playing.h"
+#include "lives/judging.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "wine/hardware/director.h"
+#include "wine/hardware/story_clock.h"
 
 #include <thread>
 #include <utility>
