@@ -60,11 +60,11 @@ extern "C" __declspec(dllexport) ULONG WINAPI
     GetAdaptersAddresses(ULONG /*family*/, ULONG /*flags*/, void* /*reserved*/,
                          IP_ADAPTER_ADDRESSES* buffer, ULONG* size) {
   using namespace nuvelta::wine;
-  Machine* const machine = Machine::Current();
-  if (machine == nullptr) return ERROR_NO_DATA;
-  if (const auto fault = machine->Count("GetAdaptersAddresses")) return fault->code;
+  PlayedStory* const story = PlayedStory::Current();
+  if (story == nullptr) return ERROR_NO_DATA;
+  if (const auto fault = story->Count("GetAdaptersAddresses")) return fault->code;
   const std::vector<Adapter> adapters =
-      PresentAdapters(machine->Notebook().adapters, machine->Modem().Description());
+      PresentAdapters(story->Notebook().adapters, story->Modem().Description());
   if (adapters.empty()) return ERROR_NO_DATA;
   ULONG needed = 0;
   for (const Adapter& adapter : adapters) needed += static_cast<ULONG>(LayoutOf(adapter).Size());
@@ -76,7 +76,7 @@ extern "C" __declspec(dllexport) ULONG WINAPI
     Write(at, adapter, &adapter == &adapters.back());
     at += LayoutOf(adapter).Size();
   }
-  if (PrepareCrash(machine->TakeCrashRequest())) {
+  if (PrepareCrash(story->TakeCrashRequest())) {
     // Texts that nobody can read.
     for (auto* adapter = buffer; adapter != nullptr; adapter = adapter->Next) {
       adapter->FriendlyName = reinterpret_cast<wchar_t*>(16);

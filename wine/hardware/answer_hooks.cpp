@@ -23,9 +23,9 @@ namespace nuvelta::wine {
 namespace {
 
 UINT WINAPI FirmwareTable(DWORD /*provider*/, DWORD /*table*/, void* buffer, DWORD size) {
-  Machine& machine = *Machine::Current();
-  if (machine.Fails("GetSystemFirmwareTable")) return 0;
-  const virtual_notebook::Notebook& notebook = machine.Notebook();
+  PlayedStory& story = *PlayedStory::Current();
+  if (story.Fails("GetSystemFirmwareTable")) return 0;
+  const virtual_notebook::Notebook& notebook = story.Notebook();
   if (!notebook.has_firmware_table) {
     SetLastError(ERROR_INVALID_FUNCTION);
     return 0;
@@ -84,16 +84,16 @@ OpenLogs& Logs() {
 }
 
 HANDLE WINAPI OpenLog(LPCWSTR /*server*/, LPCWSTR /*log*/) {
-  Machine& machine = *Machine::Current();
-  if (machine.Fails("OpenEventLogW")) return nullptr;
-  return Logs().Open(machine.Records());
+  PlayedStory& story = *PlayedStory::Current();
+  if (story.Fails("OpenEventLogW")) return nullptr;
+  return Logs().Open(story.Records());
 }
 
 BOOL WINAPI ReadLog(HANDLE log, DWORD /*flags*/, DWORD /*offset*/, void* buffer, DWORD size,
                     DWORD* read, DWORD* needed) {
   *read = 0;
   *needed = 0;
-  if (Machine::Current()->Fails("ReadEventLogW")) return FALSE;
+  if (PlayedStory::Current()->Fails("ReadEventLogW")) return FALSE;
   const auto answer = Logs().Read(log, {static_cast<std::byte*>(buffer), size});
   *read = answer.read;
   *needed = answer.needed;
@@ -106,9 +106,9 @@ BOOL WINAPI CloseLog(HANDLE log) { return Logs().Close(log) ? TRUE : FALSE; }
 // The service keeps the list for good, so it is never freed.
 BOOL WINAPI Sessions(HANDLE /*server*/, DWORD /*reserved*/, DWORD /*version*/,
                      WTS_SESSION_INFOW** list, DWORD* count) {
-  Machine& machine = *Machine::Current();
-  if (machine.Fails("WTSEnumerateSessionsW")) return FALSE;
-  const auto& sessions = machine.Notebook().sessions;
+  PlayedStory& story = *PlayedStory::Current();
+  if (story.Fails("WTSEnumerateSessionsW")) return FALSE;
+  const auto& sessions = story.Notebook().sessions;
   *list = new WTS_SESSION_INFOW[sessions.size() + 1]{};
   *count = static_cast<DWORD>(sessions.size());
   for (size_t i = 0; i < sessions.size(); ++i) {

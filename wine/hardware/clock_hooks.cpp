@@ -18,7 +18,7 @@ using std::chrono::duration_cast;
 
 decltype(&GetProcAddress) g_look_up;
 
-void WINAPI SystemTime(FILETIME* time) { *time = FileTimeOf(Machine::Current()->WallClock()); }
+void WINAPI SystemTime(FILETIME* time) { *time = FileTimeOf(PlayedStory::Current()->WallClock()); }
 
 // The C++ runtime asks for the more precise clock by its name, as not every
 // Windows has it.
@@ -30,14 +30,15 @@ FARPROC WINAPI LookUp(HMODULE library, const char* name) {
 }
 
 __time64_t __cdecl Time(__time64_t* time) {
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(Machine::Current()->WallClock());
+  const auto seconds =
+      std::chrono::floor<std::chrono::seconds>(PlayedStory::Current()->WallClock());
   if (time != nullptr) *time = seconds.count();
   return seconds.count();
 }
 
 // Milliseconds since the process began.
 clock_t __cdecl Clock() {
-  const Duration passed = Director::Get().Now() - Machine::Current()->ProcessBegan();
+  const Duration passed = StoryClock::Get().Now() - PlayedStory::Current()->ProcessBegan();
   return static_cast<clock_t>(duration_cast<std::chrono::milliseconds>(passed).count());
 }
 

@@ -39,7 +39,7 @@ ControlQueue& ControlQueue::Get() {
 }
 
 void ControlQueue::SetHandler(LPHANDLER_FUNCTION_EX handler, void* context) {
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     m_handler = handler;
     m_context = context;
     m_service.has_handler = true;
@@ -47,28 +47,28 @@ void ControlQueue::SetHandler(LPHANDLER_FUNCTION_EX handler, void* context) {
 }
 
 void ControlQueue::WantDevices() {
-  Director::Get().Change([&] { m_wants_devices = true; });
+  StoryClock::Get().Change([&] { m_wants_devices = true; });
 }
 
 void ControlQueue::WantPowerSettings() {
-  Director::Get().Change([&] { m_wants_power_settings = true; });
+  StoryClock::Get().Change([&] { m_wants_power_settings = true; });
 }
 
 void ControlQueue::SetStatus(const SERVICE_STATUS& status) {
   static_assert(sizeof status == sizeof(platform::ServiceStatus));
-  Director::Get().Change(
+  StoryClock::Get().Change(
       [&] { m_service.status = reinterpret_cast<const platform::ServiceStatus&>(status); });
 }
 
 void ControlQueue::Enqueue(Control control) {
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     if (m_handler != nullptr) m_controls.push_back(std::move(control));
   });
 }
 
 std::optional<uint32_t> ControlQueue::SendControl(const SentControl& sent) {
   std::optional<uint32_t> error;
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     error = RefusalOf(sent, m_service);
     if (error) return;
     m_controls.push_back({.control = sent.control, .event_type = sent.event_type});
@@ -78,7 +78,7 @@ std::optional<uint32_t> ControlQueue::SendControl(const SentControl& sent) {
 
 std::optional<uint32_t> ControlQueue::BeginStop() {
   std::optional<uint32_t> error;
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     error = RefusalOf(SERVICE_CONTROL_STOP, m_service);
     if (!error) m_service.stop_sent = true;
   });
@@ -87,7 +87,7 @@ std::optional<uint32_t> ControlQueue::BeginStop() {
 
 void ControlQueue::SendDeviceEvent(uint32_t event_type, const std::string& interface_name) {
   bool wanted = false;
-  Director::Get().Change([&] { wanted = m_wants_devices; });
+  StoryClock::Get().Change([&] { wanted = m_wants_devices; });
   if (!wanted) return;
   Enqueue({.control = SERVICE_CONTROL_DEVICEEVENT,
            .event_type = event_type,
@@ -98,7 +98,7 @@ std::optional<uint32_t> ControlQueue::SendPowerSetting(const platform::Guid& set
                                                        bool needs_acceptance) {
   bool wanted = false;
   std::optional<uint32_t> error;
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     wanted = m_wants_power_settings;
     if (wanted && needs_acceptance) error = RefusalOf(SERVICE_CONTROL_POWEREVENT, m_service);
   });
@@ -113,7 +113,7 @@ DWORD ControlQueue::Deliver(DWORD control, DWORD event_type, void* data) {
   const auto answer = std::make_shared<Answer>();
   Enqueue({.control = control, .event_type = event_type, .data = data, .answer = answer});
   // The story has asked for it, and time had stood still until it came.
-  if (control == SERVICE_CONTROL_STOP) Director::Get().Thaw();
+  if (control == SERVICE_CONTROL_STOP) StoryClock::Get().Thaw();
   return answer->Await();
 }
 
@@ -127,7 +127,7 @@ void ControlQueue::Handle(Control& control) {
 BOOL ControlQueue::Serve() {
   for (;;) {
     std::optional<Control> control;
-    Director::Get().Await(
+    StoryClock::Get().Await(
         [&] {
           if (!m_controls.empty()) {
             control = std::move(m_controls.front());
@@ -144,7 +144,7 @@ BOOL ControlQueue::Serve() {
 }
 
 void ControlQueue::Finish(BOOL result, DWORD error) {
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     m_finished = true;
     m_result = result;
     m_error = error;
@@ -152,7 +152,7 @@ void ControlQueue::Finish(BOOL result, DWORD error) {
 }
 
 void ControlQueue::SetServiceRuns(bool runs) {
-  Director::Get().Change([&] { m_service_runs = runs; });
+  StoryClock::Get().Change([&] { m_service_runs = runs; });
 }
 
 }  // namespace nuvelta::wine

@@ -64,7 +64,7 @@ class ControlQueue {
   void Enqueue(Control control);
   void Handle(Control& control);
 
-  // All guarded by the director's lock.
+  // All guarded by the clock's lock.
   std::deque<Control> m_controls;
   LPHANDLER_FUNCTION_EX m_handler = nullptr;
   void* m_context = nullptr;

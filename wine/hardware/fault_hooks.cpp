@@ -48,7 +48,7 @@ struct StandIn<kCall, Result WINAPI(Arguments...), kFailure> {
   static inline Result(WINAPI* original)(Arguments...) = nullptr;
 
   static Result WINAPI Call(Arguments... arguments) {
-    if (const auto fault = Machine::Current()->Count(kCall)) return kFailure(fault->code);
+    if (const auto fault = PlayedStory::Current()->Count(kCall)) return kFailure(fault->code);
     return original(arguments...);
   }
 };

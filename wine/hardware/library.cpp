@@ -8,7 +8,7 @@
 // Only the import table is changed here; the story is read when the first call
 // comes, for no file may be parsed and no thread be made under the loader's lock.
 BOOL WINAPI DllMain(HINSTANCE /*library*/, DWORD reason, void* /*reserved*/) {
-  if (reason != DLL_PROCESS_ATTACH || !nuvelta::wine::Machine::HasStory()) return TRUE;
+  if (reason != DLL_PROCESS_ATTACH || !nuvelta::wine::PlayedStory::HasStory()) return TRUE;
   nuvelta::wine::InstallThreadHooks();
   nuvelta::wine::InstallClockHooks();
   nuvelta::wine::InstallServiceHooks();

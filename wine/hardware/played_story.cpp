@@ -57,17 +57,17 @@ bool IsNamed(const Scenario& scenario, std::string_view call) {
 
 }  // namespace
 
-bool Machine::HasStory() {
+bool PlayedStory::HasStory() {
   std::error_code ignored;
   return fs::exists(ProgramFolder() / kStoryFile, ignored);
 }
 
-Machine* Machine::Current() {
-  static Machine* const machine = []() -> Machine* {
+PlayedStory* PlayedStory::Current() {
+  static PlayedStory* const story = []() -> PlayedStory* {
     if (!HasStory()) return nullptr;
     try {
       // Never destroyed: threads outlive main.
-      auto* const made = new Machine(ProgramFolder());
+      auto* const made = new PlayedStory(ProgramFolder());
       const std::vector<Entry> journal = ReadJournal(made->m_folder / kJournalFile);
       made->Replay(journal);
       BeginStory(*made, journal);
@@ -77,10 +77,10 @@ Machine* Machine::Current() {
       std::_Exit(3);
     }
   }();
-  return machine;
+  return story;
 }
 
-Machine::Machine(const fs::path& folder)
+PlayedStory::PlayedStory(const fs::path& folder)
     : m_folder(folder),
       m_scenario(virtual_notebook::ReadScenarioFile(StoryFile(folder))),
       m_begin(BeginOf(folder)),
@@ -94,7 +94,7 @@ Machine::Machine(const fs::path& folder)
 }
 
 // Brings the notebook to where the earlier processes have left it.
-void Machine::Replay(const std::vector<Entry>& journal) {
+void PlayedStory::Replay(const std::vector<Entry>& journal) {
   for (const Entry& entry : journal) {
     m_process_began = std::max(m_process_began, entry.at);
     if (const auto* played = std::get_if<EventPlayed>(&entry.what)) {
@@ -110,18 +110,18 @@ void Machine::Replay(const std::vector<Entry>& journal) {
 }
 
 // What an event has left behind that is not in the prefix itself.
-class Machine::Replayed final : public virtual_notebook::ActionTarget {
+class PlayedStory::Replayed final : public virtual_notebook::ActionTarget {
  public:
-  Replayed(Machine& machine, Duration at) : m_machine(machine), m_at(at) {}
+  Replayed(PlayedStory& story, Duration at) : m_story(story), m_at(at) {}
 
   void InstallModem(const ModemDescription& /*modem*/) override {
-    m_machine.m_modem.SetPresent(true);
+    m_story.m_modem.SetPresent(true);
   }
-  void RemoveModem() override { m_machine.m_modem.SetPresent(false); }
-  void ChangeModem(const Action::ModemChange& change) override { m_machine.m_modem.Apply(change); }
-  void ChangeAccounts(bool added) override { m_machine.CountAccount(added); }
+  void RemoveModem() override { m_story.m_modem.SetPresent(false); }
+  void ChangeModem(const Action::ModemChange& change) override { m_story.m_modem.Apply(change); }
+  void ChangeAccounts(bool added) override { m_story.CountAccount(added); }
   void WriteRecord(const EventRecord& record) override {
-    m_machine.m_records.push_back({record, m_machine.Seconds(m_at)});
+    m_story.m_records.push_back({record, m_story.Seconds(m_at)});
   }
 
   void Start() override {}
@@ -136,22 +136,22 @@ class Machine::Replayed final : public virtual_notebook::ActionTarget {
   void DeleteRegistryValue(const std::string& /*key*/, const std::string& /*name*/) override {}
 
  private:
-  Machine& m_machine;
+  PlayedStory& m_story;
   const Duration m_at;
 };
 
-void Machine::ReplayEvent(const EventPlayed& played, Duration at) {
+void PlayedStory::ReplayEvent(const EventPlayed& played, Duration at) {
   Replayed target(*this, at);
   PlayAction(m_scenario.events.at(played.index).action, m_modem.Description(), target);
 }
 
-int64_t Machine::Seconds(Duration at) const {
+int64_t PlayedStory::Seconds(Duration at) const {
   return std::chrono::floor<std::chrono::seconds>(m_begin + at).count();
 }
 
-Duration Machine::WallClock() const { return m_begin + Director::Get().Now(); }
+Duration PlayedStory::WallClock() const { return m_begin + StoryClock::Get().Now(); }
 
-std::optional<Fault> Machine::Count(KnownCall call) {
+std::optional<Fault> PlayedStory::Count(KnownCall call) {
   if (call.Takes() > Duration()) Spend(call.Takes());
   // Only calls that the scenario names matter to the processes after this one.
   if (!IsNamed(m_scenario, call.Name())) return {};
@@ -163,54 +163,54 @@ std::optional<Fault> Machine::Count(KnownCall call) {
   return fault;
 }
 
-bool Machine::Fails(KnownCall call) {
+bool PlayedStory::Fails(KnownCall call) {
   const std::optional<Fault> fault = Count(call);
   if (!fault) return false;
   SetLastError(fault->code);
   return true;
 }
 
-void Machine::Spend(Duration time) {
-  if (Director::Get().TakesPart()) {
-    Director::Get().Await([] { return false; }, time);
+void PlayedStory::Spend(Duration time) {
+  if (StoryClock::Get().TakesPart()) {
+    StoryClock::Get().Await([] { return false; }, time);
   }
 }
 
-ModemReply Machine::Execute(bool set, uint32_t command_id, std::vector<uint8_t> payload) {
+ModemReply PlayedStory::Execute(bool set, uint32_t command_id, std::vector<uint8_t> payload) {
   const std::lock_guard lock(m_mutex);
   ModemReply reply = m_modem.Execute(set, command_id, std::move(payload), WallClock());
   Write(CommandMade{m_modem.Commands().back()});
   return reply;
 }
 
-std::vector<WrittenRecord> Machine::Records() const {
+std::vector<WrittenRecord> PlayedStory::Records() const {
   const std::lock_guard lock(m_mutex);
   return m_records;
 }
 
-void Machine::WriteRecord(const EventRecord& record) {
-  const int64_t now = Seconds(Director::Get().Now());
+void PlayedStory::WriteRecord(const EventRecord& record) {
+  const int64_t now = Seconds(StoryClock::Get().Now());
   const std::lock_guard lock(m_mutex);
   m_records.push_back({record, now});
 }
 
-uint32_t Machine::Accounts() const {
+uint32_t PlayedStory::Accounts() const {
   const std::lock_guard lock(m_mutex);
   return m_accounts;
 }
 
-void Machine::ListenToAccounts(std::function<void(bool added)> listener) {
+void PlayedStory::ListenToAccounts(std::function<void(bool added)> listener) {
   const std::lock_guard lock(m_mutex);
   m_listeners.push_back(std::move(listener));
 }
 
-bool Machine::CountAccount(bool added) {
+bool PlayedStory::CountAccount(bool added) {
   if (!added && m_accounts == 0) return false;
   m_accounts = added ? m_accounts + 1 : m_accounts - 1;
   return true;
 }
 
-void Machine::ChangeAccounts(bool added) {
+void PlayedStory::ChangeAccounts(bool added) {
   std::vector<std::function<void(bool)>> listeners;
   {
     const std::lock_guard lock(m_mutex);
@@ -218,11 +218,11 @@ void Machine::ChangeAccounts(bool added) {
     listeners = m_listeners;
   }
   for (const auto& listener : listeners) {
-    Director::Get().Spawn([listener, added] { listener(added); });
+    StoryClock::Get().Spawn([listener, added] { listener(added); });
   }
 }
 
-std::string Machine::TakeCrashRequest() {
+std::string PlayedStory::TakeCrashRequest() {
   const KeepLastError keep;
   const fs::path file = m_folder / kCrashRequestFile;
   std::ifstream requests(file);
@@ -234,9 +234,9 @@ std::string Machine::TakeCrashRequest() {
   return how;
 }
 
-void Machine::Write(decltype(Entry::what) what) {
+void PlayedStory::Write(decltype(Entry::what) what) {
   const KeepLastError keep;
-  Append(m_folder / kJournalFile, {.at = Director::Get().Now(), .what = std::move(what)});
+  Append(m_folder / kJournalFile, {.at = StoryClock::Get().Now(), .what = std::move(what)});
 }
 
 }  // namespace nuvelta::wine

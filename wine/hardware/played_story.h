@@ -26,12 +26,12 @@ struct WrittenRecord {
   int64_t written = 0;
 };
 
-class Machine {
+class PlayedStory {
  public:
   // Null when no story is being played. The first call, which must not be made
   // while libraries are being loaded, reads the scenario and the journal; a story
   // that cannot be read ends the process with a line on standard error.
-  static Machine* Current();
+  static PlayedStory* Current();
   // Whether there is a story; does not read it.
   static bool HasStory();
 
@@ -73,7 +73,7 @@ class Machine {
  private:
   class Replayed;
 
-  explicit Machine(const std::filesystem::path& folder);
+  explicit PlayedStory(const std::filesystem::path& folder);
 
   void Replay(const std::vector<Entry>& journal);
   void ReplayEvent(const EventPlayed& played, virtual_notebook::Duration at);

@@ -10,12 +10,12 @@ PowerQueue& PowerQueue::Get() {
 }
 
 void PowerQueue::Register(const PowerSubscription& subscription) {
-  Director::Get().Change([&] { m_subscription = subscription; });
-  Director::Get().Spawn([this] { Serve(); });
+  StoryClock::Get().Change([&] { m_subscription = subscription; });
+  StoryClock::Get().Spawn([this] { Serve(); });
 }
 
 void PowerQueue::Send(uint32_t type) {
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     if (m_subscription) m_types.push_back(type);
   });
 }
@@ -23,7 +23,7 @@ void PowerQueue::Send(uint32_t type) {
 void PowerQueue::Serve() {
   for (;;) {
     uint32_t type = 0;
-    Director::Get().Await(
+    StoryClock::Get().Await(
         [&] {
           if (m_types.empty()) return false;
           type = m_types.front();

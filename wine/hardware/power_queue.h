@@ -30,7 +30,7 @@ class PowerQueue {
   PowerQueue() = default;
   [[noreturn]] void Serve();
 
-  // Both guarded by the director's lock.
+  // Both guarded by the clock's lock.
   std::optional<PowerSubscription> m_subscription;
   std::deque<uint32_t> m_types;
 };

@@ -23,7 +23,7 @@ decltype(&FindNextFileA) g_find_next;
 // itself.
 HDEVINFO WINAPI Devices(const GUID* device_class, LPCWSTR /*enumerator*/, HWND window,
                         DWORD flags) {
-  if (Machine::Current()->Fails("SetupDiGetClassDevsW")) return INVALID_HANDLE_VALUE;
+  if (PlayedStory::Current()->Fails("SetupDiGetClassDevsW")) return INVALID_HANDLE_VALUE;
   return g_get_devices(device_class, L"NUVELTASTORY", window, flags);
 }
 
@@ -36,21 +36,21 @@ HRESULT WINAPI Factory(HSTRING name, REFIID id, void** factory) {
 // Files are stamped with real time, which may be ahead of the story's; in the
 // story no file comes from the future.
 void AgeNothingAhead(WIN32_FIND_DATAA& found) {
-  const FILETIME now = FileTimeOf(Machine::Current()->WallClock());
+  const FILETIME now = FileTimeOf(PlayedStory::Current()->WallClock());
   for (FILETIME* time : {&found.ftCreationTime, &found.ftLastAccessTime, &found.ftLastWriteTime}) {
     if (CompareFileTime(time, &now) > 0) *time = now;
   }
 }
 
 HANDLE WINAPI FindFirst(LPCSTR pattern, WIN32_FIND_DATAA* found) {
-  if (Machine::Current()->Fails("FindFirstFileA")) return INVALID_HANDLE_VALUE;
+  if (PlayedStory::Current()->Fails("FindFirstFileA")) return INVALID_HANDLE_VALUE;
   const HANDLE search = g_find_first(pattern, found);
   if (search != INVALID_HANDLE_VALUE) AgeNothingAhead(*found);
   return search;
 }
 
 BOOL WINAPI FindNext(HANDLE search, WIN32_FIND_DATAA* found) {
-  if (Machine::Current()->Fails("FindNextFileA")) return FALSE;
+  if (PlayedStory::Current()->Fails("FindNextFileA")) return FALSE;
   const BOOL more = g_find_next(search, found);
   if (more != FALSE) AgeNothingAhead(*found);
   return more;

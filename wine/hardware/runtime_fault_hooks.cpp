@@ -25,7 +25,7 @@ NtQuery g_query;
 int WINAPI Narrow(UINT page, DWORD flags, LPCWSTR wide, int wide_size, LPSTR narrow,
                   int narrow_size, LPCSTR fallback, BOOL* fallback_used) {
   if (page == CP_ACP && fallback_used == nullptr &&
-      Machine::Current()->Fails("WideCharToMultiByte")) {
+      PlayedStory::Current()->Fails("WideCharToMultiByte")) {
     return 0;
   }
   return g_narrow(page, flags, wide, wide_size, narrow, narrow_size, fallback, fallback_used);
@@ -33,19 +33,20 @@ int WINAPI Narrow(UINT page, DWORD flags, LPCWSTR wide, int wide_size, LPSTR nar
 
 int WINAPI Widen(UINT page, DWORD flags, LPCSTR narrow, int narrow_size, LPWSTR wide,
                  int wide_size) {
-  if (page == CP_ACP && flags == 0 && Machine::Current()->Fails("MultiByteToWideChar")) return 0;
+  if (page == CP_ACP && flags == 0 && PlayedStory::Current()->Fails("MultiByteToWideChar"))
+    return 0;
   return g_widen(page, flags, narrow, narrow_size, wide, wide_size);
 }
 
 // The service's only variable.
 char* __cdecl Variable(const char* name) {
   const bool service_asks = _stricmp(name, "programdata") == 0;
-  if (service_asks && Machine::Current()->Fails("GetVariable")) return nullptr;
+  if (service_asks && PlayedStory::Current()->Fails("GetVariable")) return nullptr;
   return g_variable(name);
 }
 
 LONG NTAPI Query(ULONG information_class, void* information, ULONG size, ULONG* returned) {
-  if (const auto fault = Machine::Current()->Count("NtQuerySystemInformation")) {
+  if (const auto fault = PlayedStory::Current()->Count("NtQuerySystemInformation")) {
     return static_cast<LONG>(fault->code);
   }
   return g_query(information_class, information, size, returned);
@@ -58,7 +59,7 @@ FARPROC WINAPI LookUp(HMODULE library, const char* name) {
   if (IS_INTRESOURCE(name) || std::strcmp(name, "NtQuerySystemInformation") != 0) {
     return g_look_up(library, name);
   }
-  if (Machine::Current()->Fails("LookUpNtQuerySystemInformation")) return nullptr;
+  if (PlayedStory::Current()->Fails("LookUpNtQuerySystemInformation")) return nullptr;
   auto* const found = reinterpret_cast<void*>(g_look_up(library, name));
   g_query = reinterpret_cast<NtQuery>(found);
   return reinterpret_cast<FARPROC>(found == nullptr ? nullptr : reinterpret_cast<void*>(Query));

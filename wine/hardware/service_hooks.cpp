@@ -36,19 +36,19 @@ LPSERVICE_MAIN_FUNCTIONW g_service_main;
 constexpr auto kRestartPatience = 20s;
 
 void WINAPI ServiceMain(DWORD count, LPWSTR* arguments) {
-  Director::Get().Join(true);
+  StoryClock::Get().Join(true);
   ControlQueue::Get().SetServiceRuns(true);
   g_service_main(count, arguments);
   ControlQueue::Get().SetServiceRuns(false);
-  Director::Get().Leave();
+  StoryClock::Get().Leave();
 }
 
 BOOL WINAPI StartDispatcher(const SERVICE_TABLE_ENTRYW* table) {
-  if (Machine::Current()->Fails("StartServiceCtrlDispatcherW")) return FALSE;
+  if (PlayedStory::Current()->Fails("StartServiceCtrlDispatcherW")) return FALSE;
   g_service_main = table[0].lpServiceProc;
   const std::wstring name = table[0].lpServiceName;
   // Kept at work until ServiceMain has joined.
-  Director::Get().BeforeStart();
+  StoryClock::Get().BeforeStart();
   std::thread([name] {
     std::wstring own_name = name;
     const std::array<SERVICE_TABLE_ENTRYW, 2> own{{{own_name.data(), ServiceMain}, {}}};
@@ -56,7 +56,7 @@ BOOL WINAPI StartDispatcher(const SERVICE_TABLE_ENTRYW* table) {
     const DWORD error = GetLastError();
     ControlQueue::Get().Finish(result, error);
     // Then no ServiceMain has joined.
-    if (result == FALSE) Director::Get().Leave();
+    if (result == FALSE) StoryClock::Get().Leave();
   }).detach();
   return ControlQueue::Get().Serve();
 }
@@ -67,7 +67,7 @@ DWORD WINAPI HandleReal(DWORD control, DWORD event_type, void* data, void* /*con
 
 SERVICE_STATUS_HANDLE WINAPI RegisterHandler(LPCWSTR name, LPHANDLER_FUNCTION_EX handler,
                                              void* context) {
-  if (Machine::Current()->Fails("RegisterServiceCtrlHandlerExW")) return nullptr;
+  if (PlayedStory::Current()->Fails("RegisterServiceCtrlHandlerExW")) return nullptr;
   ControlQueue::Get().SetHandler(handler, context);
   return g_register_handler(name, HandleReal, nullptr);
 }
@@ -86,44 +86,43 @@ platform::ServiceStatus ManagersStatus(const std::string& key) {
 }
 
 BOOL WINAPI SetStatus(SERVICE_STATUS_HANDLE handle, SERVICE_STATUS* status) {
-  Machine& machine = *Machine::Current();
-  if (machine.Fails("SetServiceStatus")) return FALSE;
+  PlayedStory& story = *PlayedStory::Current();
+  if (story.Fails("SetServiceStatus")) return FALSE;
   ControlQueue::Get().SetStatus(*status);
   const bool stopped = status->dwCurrentState == SERVICE_STOPPED;
   // Nothing becomes due any more: the process is about to end.
-  if (stopped) Director::Get().Freeze();
+  if (stopped) StoryClock::Get().Freeze();
   const BOOL result = g_set_status(handle, status);
   const DWORD error = GetLastError();
-  machine.Write(
-      StatusReported{.process = GetCurrentProcessId(),
-                     .reported = *reinterpret_cast<const platform::ServiceStatus*>(status),
-                     .managers = ManagersStatus(machine.Notebook().service_key)});
+  story.Write(StatusReported{.process = GetCurrentProcessId(),
+                             .reported = *reinterpret_cast<const platform::ServiceStatus*>(status),
+                             .managers = ManagersStatus(story.Notebook().service_key)});
   SetLastError(error);
   return result;
 }
 
 HPOWERNOTIFY WINAPI RegisterPowerSetting(HANDLE /*recipient*/, const GUID* /*setting*/,
                                          DWORD /*flags*/) {
-  if (Machine::Current()->Fails("RegisterPowerSettingNotification")) return nullptr;
+  if (PlayedStory::Current()->Fails("RegisterPowerSettingNotification")) return nullptr;
   ControlQueue::Get().WantPowerSettings();
   return reinterpret_cast<HPOWERNOTIFY>(1);
 }
 
 HPOWERNOTIFY WINAPI RegisterSuspendResume(HANDLE recipient, DWORD /*flags*/) {
-  if (Machine::Current()->Fails("RegisterSuspendResumeNotification")) return nullptr;
+  if (PlayedStory::Current()->Fails("RegisterSuspendResumeNotification")) return nullptr;
   PowerQueue::Get().Register(*static_cast<const PowerSubscription*>(recipient));
   return reinterpret_cast<HPOWERNOTIFY>(2);
 }
 
 HDEVNOTIFY WINAPI RegisterDevice(HANDLE /*recipient*/, void* filter, DWORD /*flags*/) {
-  if (Machine::Current()->Fails("RegisterDeviceNotificationW")) return nullptr;
+  if (PlayedStory::Current()->Fails("RegisterDeviceNotificationW")) return nullptr;
   const auto& wanted = *static_cast<const platform::DeviceInterfaceBroadcast*>(filter);
   if (wanted.dbcc_classguid == platform::kGuidDevInterfaceNet) ControlQueue::Get().WantDevices();
   return reinterpret_cast<HDEVNOTIFY>(3);
 }
 
 SC_HANDLE WINAPI OpenManager(LPCWSTR computer, LPCWSTR database, DWORD access) {
-  if (Machine::Current()->Fails("OpenSCManagerW")) return nullptr;
+  if (PlayedStory::Current()->Fails("OpenSCManagerW")) return nullptr;
   return g_open_manager(computer, database, access);
 }
 
@@ -132,18 +131,18 @@ std::string Utf8(const wchar_t* text) {
 }
 
 BOOL WINAPI Execute(SHELLEXECUTEINFOW* info) {
-  Machine& machine = *Machine::Current();
-  if (machine.Fails("ShellExecuteExW")) return FALSE;
+  PlayedStory& story = *PlayedStory::Current();
+  if (story.Fails("ShellExecuteExW")) return FALSE;
   // Written first: the command line may end this process at any moment.
-  machine.Write(Launched{Utf8(info->lpFile) + " " + Utf8(info->lpParameters)});
-  Director::Get().Freeze();
+  story.Write(Launched{Utf8(info->lpFile) + " " + Utf8(info->lpParameters)});
+  StoryClock::Get().Freeze();
   std::thread([] {
     std::this_thread::sleep_for(kRestartPatience);
-    Director::Get().Thaw();
+    StoryClock::Get().Thaw();
   }).detach();
   const BOOL result = g_execute(info);
   const DWORD error = GetLastError();
-  if (result == FALSE) machine.Write(Note{"the launch failed: error " + std::to_string(error)});
+  if (result == FALSE) story.Write(Note{"the launch failed: error " + std::to_string(error)});
   SetLastError(error);
   return result;
 }

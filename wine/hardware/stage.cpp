@@ -9,31 +9,31 @@ namespace nuvelta::wine {
 
 namespace {
 
-class MachineStage final : public ModemStage {
+class StoryStage final : public ModemStage {
  public:
   std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall call) override {
-    return Machine::Current()->Count(call);
+    return PlayedStory::Current()->Count(call);
   }
   virtual_notebook::ModemDescription Modem() override {
-    return Machine::Current()->Modem().Description();
+    return PlayedStory::Current()->Modem().Description();
   }
   virtual_notebook::ModemReply Execute(bool set, uint32_t command_id,
                                        std::vector<uint8_t> payload) override {
-    return Machine::Current()->Execute(set, command_id, std::move(payload));
+    return PlayedStory::Current()->Execute(set, command_id, std::move(payload));
   }
   void RunLater(Duration after, std::function<void()> work) override {
-    Director::Get().SpawnLater(after, std::move(work));
+    StoryClock::Get().SpawnLater(after, std::move(work));
   }
-  uint32_t Accounts() override { return Machine::Current()->Accounts(); }
+  uint32_t Accounts() override { return PlayedStory::Current()->Accounts(); }
   void ListenToAccounts(std::function<void(bool added)> listener) override {
-    Machine::Current()->ListenToAccounts(std::move(listener));
+    PlayedStory::Current()->ListenToAccounts(std::move(listener));
   }
 };
 
 }  // namespace
 
 ModemStage& Stage() {
-  static auto* const stage = new MachineStage;
+  static auto* const stage = new StoryStage;
   return *stage;
 }
 

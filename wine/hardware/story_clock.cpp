@@ -16,54 +16,54 @@ thread_local bool t_takes_part = false;
 
 }  // namespace
 
-struct Director::Waiter {
+struct StoryClock::Waiter {
   const std::function<bool()>& ready;
   bool served = false;
   bool timed_out = false;
   std::condition_variable woken{};
 };
 
-Director& Director::Get() {
-  static auto* const director = new Director;
-  return *director;
+StoryClock& StoryClock::Get() {
+  static auto* const clock = new StoryClock;
+  return *clock;
 }
 
-Duration Director::Now() {
+Duration StoryClock::Now() {
   const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   return m_now;
 }
 
-void Director::Begin(Duration now, Script script) {
+void StoryClock::Begin(Duration now, Script script) {
   const std::lock_guard lock(m_mutex);
   m_now = now;
   m_script = std::move(script);
-  std::thread([this] { Direct(); }).detach();
+  std::thread([this] { Run(); }).detach();
 }
 
-void Director::BeforeStart() {
+void StoryClock::BeforeStart() {
   const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   ++m_at_work;
 }
 
-void Director::Join(bool counted) {
+void StoryClock::Join(bool counted) {
   const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   if (!counted) ++m_at_work;
   t_takes_part = true;
 }
 
-void Director::Leave() {
+void StoryClock::Leave() {
   const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   t_takes_part = false;
   OneLess();
 }
 
-bool Director::TakesPart() const { return t_takes_part; }
+bool StoryClock::TakesPart() const { return t_takes_part; }
 
-void Director::Spawn(std::function<void()> work) {
+void StoryClock::Spawn(std::function<void()> work) {
   const KeepLastError keep;
   BeforeStart();
   std::thread([this, work = std::move(work)] {
@@ -73,7 +73,7 @@ void Director::Spawn(std::function<void()> work) {
   }).detach();
 }
 
-void Director::SpawnLater(Duration after, std::function<void()> work) {
+void StoryClock::SpawnLater(Duration after, std::function<void()> work) {
   const KeepLastError keep;
   const std::lock_guard lock(m_mutex);
   ++m_changes;
@@ -89,7 +89,7 @@ void Director::SpawnLater(Duration after, std::function<void()> work) {
   m_idle.notify_one();
 }
 
-bool Director::Await(const std::function<bool()>& ready, std::optional<Duration> timeout) {
+bool StoryClock::Await(const std::function<bool()>& ready, std::optional<Duration> timeout) {
   const KeepLastError keep;
   std::unique_lock lock(m_mutex);
   if (ready()) return true;
@@ -112,7 +112,7 @@ bool Director::Await(const std::function<bool()>& ready, std::optional<Duration>
   return waiter.served;
 }
 
-void Director::Change(const std::function<void()>& change) {
+void StoryClock::Change(const std::function<void()>& change) {
   const std::lock_guard lock(m_mutex);
   change();
   Serve();
@@ -120,7 +120,7 @@ void Director::Change(const std::function<void()>& change) {
 
 // Whoever is served counts as at work at once, so that time cannot jump between
 // the signal and the waiter's next step.
-void Director::Serve() {
+void StoryClock::Serve() {
   ++m_changes;
   for (Waiter* waiter : m_waiters) {
     if (waiter->served || waiter->timed_out || !waiter->ready()) continue;
@@ -130,23 +130,23 @@ void Director::Serve() {
   }
 }
 
-void Director::OneLess() {
+void StoryClock::OneLess() {
   ++m_changes;
   if (--m_at_work == 0) m_idle.notify_one();
 }
 
-void Director::Freeze() {
+void StoryClock::Freeze() {
   const std::lock_guard lock(m_mutex);
   ++m_frozen;
 }
 
-void Director::Thaw() {
+void StoryClock::Thaw() {
   const std::lock_guard lock(m_mutex);
   if (m_frozen > 0) --m_frozen;
   m_idle.notify_one();
 }
 
-void Director::Direct() {
+void StoryClock::Run() {
   std::unique_lock lock(m_mutex);
   for (;;) {
     const auto idle = [this] { return m_at_work == 0 && m_frozen == 0; };
@@ -160,7 +160,7 @@ void Director::Direct() {
 }
 
 // Nobody is at work: the next thing happens.
-void Director::Step(std::unique_lock<std::mutex>& lock) {
+void StoryClock::Step(std::unique_lock<std::mutex>& lock) {
   const std::optional<Duration> next = m_over ? std::nullopt : m_script.next();
   const auto timer = m_timers.begin();
   if (timer != m_timers.end() && (!next || timer->first <= *next)) {
@@ -183,7 +183,7 @@ void Director::Step(std::unique_lock<std::mutex>& lock) {
   }
 }
 
-void Director::AtRest(std::unique_lock<std::mutex>& lock, bool rests) {
+void StoryClock::AtRest(std::unique_lock<std::mutex>& lock, bool rests) {
   m_over = true;
   lock.unlock();
   m_script.at_rest(rests);

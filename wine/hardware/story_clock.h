@@ -19,16 +19,16 @@ namespace nuvelta::wine {
 
 using virtual_notebook::Duration;
 
-class Director {
+class StoryClock {
  public:
   // The one of this process; never destroyed, for threads outlive main.
-  static Director& Get();
+  static StoryClock& Get();
 
   // Story time since the story's begin.
   Duration Now();
 
   // Story time goes on from `now`; when nobody is at work and no timer is due
-  // before the moment that `next` answers, `play` is called on the director's own
+  // before the moment that `next` answers, `play` is called on the clock's own
   // thread, once that moment has come. Once `next` answers nothing and no timer is
   // left, or none before `rest`, `at_rest` is called once with whether the service
   // has come to rest.
@@ -53,10 +53,10 @@ class Director {
   void SpawnLater(Duration after, std::function<void()> work);
 
   // Waits until `ready` holds; false when `timeout` passes first. `ready` is asked
-  // under the director's lock; when it answers true the waiter has been served.
+  // under the clock's lock; when it answers true the waiter has been served.
   // Only for threads that take part.
   bool Await(const std::function<bool()>& ready, std::optional<Duration> timeout);
-  // Does `change` under the director's lock; waiters may be ready behind it.
+  // Does `change` under the clock's lock; waiters may be ready behind it.
   void Change(const std::function<void()>& change);
 
   // Lets story time stand still: nothing becomes due until Thaw.
@@ -66,8 +66,8 @@ class Director {
  private:
   struct Waiter;
 
-  Director() = default;
-  [[noreturn]] void Direct();
+  StoryClock() = default;
+  [[noreturn]] void Run();
   void Step(std::unique_lock<std::mutex>& lock);
   void AtRest(std::unique_lock<std::mutex>& lock, bool rests);
   void Serve();

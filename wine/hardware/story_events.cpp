@@ -28,8 +28,8 @@ using virtual_notebook::SentControl;
 // Plays the events, and is what they are done to.
 class StoryEvents final : public PrefixTarget {
  public:
-  StoryEvents(Machine& machine, size_t next)
-      : m_machine(machine), m_occurrences(Occurrences(machine.Scenario())), m_next(next) {}
+  StoryEvents(PlayedStory& story, size_t next)
+      : m_story(story), m_occurrences(Occurrences(story.Scenario())), m_next(next) {}
 
   std::optional<Duration> Next() const {
     if (m_next >= m_occurrences.size()) return std::nullopt;
@@ -37,7 +37,7 @@ class StoryEvents final : public PrefixTarget {
   }
 
   Duration Rest() const {
-    return m_machine.Scenario().rest_within +
+    return m_story.Scenario().rest_within +
            (m_occurrences.empty() ? Duration() : m_occurrences.back().at);
   }
 
@@ -55,14 +55,14 @@ class StoryEvents final : public PrefixTarget {
   void InstallModem(const ModemDescription& modem) override;
   void RemoveModem() override;
   void ChangeModem(const Action::ModemChange& change) override;
-  void ChangeAccounts(bool added) override { m_machine.ChangeAccounts(added); }
-  void WriteRecord(const EventRecord& record) override { m_machine.WriteRecord(record); }
+  void ChangeAccounts(bool added) override { m_story.ChangeAccounts(added); }
+  void WriteRecord(const EventRecord& record) override { m_story.WriteRecord(record); }
 
   void Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error);
   void Ask(Request::Kind kind);
-  void Write(const char* text) { m_machine.Write(Note{text}); }
+  void Write(const char* text) { m_story.Write(Note{text}); }
 
-  Machine& m_machine;
+  PlayedStory& m_story;
   const std::vector<Occurrence> m_occurrences;
   size_t m_next;
 };
@@ -70,12 +70,12 @@ class StoryEvents final : public PrefixTarget {
 void StoryEvents::Play() {
   const Occurrence occurrence = m_occurrences[m_next++];
   // Written before it happens: a process that is ended by it does not play it again.
-  m_machine.Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition});
+  m_story.Write(EventPlayed{.index = occurrence.index, .repetition = occurrence.repetition});
   try {
-    PlayAction(m_machine.Scenario().events[occurrence.index].action,
-               m_machine.Modem().Description(), *this);
+    PlayAction(m_story.Scenario().events[occurrence.index].action, m_story.Modem().Description(),
+               *this);
   } catch (const std::exception& error) {
-    m_machine.Write(Note{error.what()});
+    m_story.Write(Note{error.what()});
   }
 }
 
@@ -96,26 +96,26 @@ void StoryEvents::SendDeviceEvent(uint32_t event_type, const std::string& interf
 void StoryEvents::SendPowerSetting(const platform::Guid& setting, uint32_t data) {
   Refuse(platform::kServiceControlPowerEvent, virtual_notebook::kPowerSettingChange,
          ControlQueue::Get().SendPowerSetting(setting, data,
-                                              m_machine.Notebook().power_settings_need_acceptance));
+                                              m_story.Notebook().power_settings_need_acceptance));
 }
 
 void StoryEvents::InstallModem(const ModemDescription& modem) {
   PrefixTarget::InstallModem(modem);
-  m_machine.Modem().SetPresent(true);
+  m_story.Modem().SetPresent(true);
 }
 
 void StoryEvents::RemoveModem() {
   PrefixTarget::RemoveModem();
-  m_machine.Modem().SetPresent(false);
+  m_story.Modem().SetPresent(false);
 }
 
 void StoryEvents::ChangeModem(const Action::ModemChange& change) {
   PrefixTarget::ChangeModem(change);
-  m_machine.Modem().Apply(change);
+  m_story.Modem().Apply(change);
 }
 
 void StoryEvents::Refuse(uint32_t control, uint32_t event_type, std::optional<uint32_t> error) {
-  if (error) m_machine.Write(ControlRefused{control, event_type, *error});
+  if (error) m_story.Write(ControlRefused{control, event_type, *error});
 }
 
 void StoryEvents::End(bool rests) {
@@ -125,23 +125,23 @@ void StoryEvents::End(bool rests) {
 
 // Time stands still until what the driver does about it reaches this process.
 void StoryEvents::Ask(Request::Kind kind) {
-  Director::Get().Freeze();
-  m_machine.Write(Request{kind});
+  StoryClock::Get().Freeze();
+  m_story.Write(Request{kind});
 }
 
 }  // namespace
 
-void BeginStory(Machine& machine, const std::vector<Entry>& journal) {
-  // Never destroyed: the director uses it to the end.
-  auto* const events = new StoryEvents(machine, Played(journal));
-  Director& director = Director::Get();
-  director.Join(false);
-  director.Begin(machine.ProcessBegan(), {.next = [=] { return events->Next(); },
-                                          .play = [=] { events->Play(); },
-                                          .rest = events->Rest(),
-                                          .at_rest = [=](bool rests) { events->End(rests); }});
-  machine.Write(ProcessBegan{GetCurrentProcessId()});
-  machine.Spend(virtual_notebook::kProcessStart);
+void BeginStory(PlayedStory& story, const std::vector<Entry>& journal) {
+  // Never destroyed: the clock uses it to the end.
+  auto* const events = new StoryEvents(story, Played(journal));
+  StoryClock& clock = StoryClock::Get();
+  clock.Join(false);
+  clock.Begin(story.ProcessBegan(), {.next = [=] { return events->Next(); },
+                                     .play = [=] { events->Play(); },
+                                     .rest = events->Rest(),
+                                     .at_rest = [=](bool rests) { events->End(rests); }});
+  story.Write(ProcessBegan{GetCurrentProcessId()});
+  story.Spend(virtual_notebook::kProcessStart);
 }
 
 }  // namespace nuvelta::wine

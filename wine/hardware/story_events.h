@@ -8,10 +8,10 @@
 
 namespace nuvelta::wine {
 
-class Machine;
+class PlayedStory;
 
 // Lets story time go on from where `journal`, all that the earlier processes have
 // left, ends; the calling thread, the process's first, takes part. Called once.
-void BeginStory(Machine& machine, const std::vector<Entry>& journal);
+void BeginStory(PlayedStory& story, const std::vector<Entry>& journal);
 
 }  // namespace nuvelta::wine

@@ -41,7 +41,7 @@ thread_local bool t_fresh = false;
 
 void NoLongerFresh() {
   if (!std::exchange(t_fresh, false)) return;
-  Director::Get().Leave();
+  StoryClock::Get().Leave();
 }
 
 // The events that the service has made; the C++ runtime's own are of other kinds.
@@ -80,9 +80,9 @@ struct ThreadStart {
 
 DWORD WINAPI RunThread(void* parameter) {
   const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(parameter));
-  Director::Get().Join(true);
+  StoryClock::Get().Join(true);
   const DWORD result = start->routine(start->parameter);
-  Director::Get().Leave();
+  StoryClock::Get().Leave();
   return result;
 }
 
@@ -93,9 +93,9 @@ HANDLE WINAPI MakeThread(SECURITY_ATTRIBUTES* attributes, SIZE_T stack,
   if ((flags & STACK_SIZE_PARAM_IS_A_RESERVATION) != 0) {
     return g_create_thread(attributes, stack, routine, parameter, flags, id);
   }
-  if (Machine::Current()->Fails("CreateThread")) return nullptr;
+  if (PlayedStory::Current()->Fails("CreateThread")) return nullptr;
   auto start = std::make_unique<ThreadStart>(ThreadStart{routine, parameter});
-  Director::Get().BeforeStart();
+  StoryClock::Get().BeforeStart();
   return g_create_thread(attributes, stack, RunThread, start.release(), flags, id);
 }
 
@@ -106,7 +106,7 @@ struct RuntimeThreadStart {
 
 unsigned __stdcall RunRuntimeThread(void* parameter) {
   const std::unique_ptr<RuntimeThreadStart> start(static_cast<RuntimeThreadStart*>(parameter));
-  Director::Get().Join(true);
+  StoryClock::Get().Join(true);
   t_fresh = true;
   const unsigned result = start->routine(start->parameter);
   NoLongerFresh();
@@ -117,7 +117,7 @@ uintptr_t __cdecl MakeRuntimeThread(void* security, unsigned stack,
                                     unsigned(__stdcall* routine)(void*), void* parameter,
                                     unsigned flags, unsigned* id) {
   auto start = std::make_unique<RuntimeThreadStart>(RuntimeThreadStart{routine, parameter});
-  Director::Get().BeforeStart();
+  StoryClock::Get().BeforeStart();
   return g_begin_thread(security, stack, RunRuntimeThread, start.release(), flags, id);
 }
 
@@ -129,7 +129,7 @@ void __cdecl EndRuntimeThread(unsigned result) {
 
 HANDLE WINAPI MakeEvent(SECURITY_ATTRIBUTES* attributes, BOOL manual_reset, BOOL initial_state,
                         LPCWSTR name) {
-  if (Machine::Current()->Fails("CreateEventW")) return nullptr;
+  if (PlayedStory::Current()->Fails("CreateEventW")) return nullptr;
   const HANDLE event = g_create_event(attributes, manual_reset, initial_state, name);
   if (event != nullptr) Events().Add(event);
   return event;
@@ -137,10 +137,10 @@ HANDLE WINAPI MakeEvent(SECURITY_ATTRIBUTES* attributes, BOOL manual_reset, BOOL
 
 BOOL WINAPI Signal(HANDLE event) {
   if (!Events().Contains(event)) return g_set_event(event);
-  if (Machine::Current()->Fails("SetEvent")) return FALSE;
+  if (PlayedStory::Current()->Fails("SetEvent")) return FALSE;
   BOOL result = FALSE;
   DWORD error = GetLastError();
-  Director::Get().Change([&] {
+  StoryClock::Get().Change([&] {
     result = g_set_event(event);
     if (result == FALSE) error = GetLastError();
   });
@@ -149,7 +149,7 @@ BOOL WINAPI Signal(HANDLE event) {
 }
 
 BOOL WINAPI Reset(HANDLE event) {
-  if (Events().Contains(event) && Machine::Current()->Fails("ResetEvent")) return FALSE;
+  if (Events().Contains(event) && PlayedStory::Current()->Fails("ResetEvent")) return FALSE;
   return g_reset_event(event);
 }
 
@@ -159,15 +159,15 @@ BOOL WINAPI Close(HANDLE handle) {
 }
 
 DWORD WINAPI Wait(HANDLE object, DWORD milliseconds) {
-  if (!Events().Contains(object) || !Director::Get().TakesPart()) {
+  if (!Events().Contains(object) || !StoryClock::Get().TakesPart()) {
     if (milliseconds != 0) NoLongerFresh();
     return g_wait(object, milliseconds);
   }
-  if (Machine::Current()->Fails("WaitForSingleObject")) return WAIT_FAILED;
+  if (PlayedStory::Current()->Fails("WaitForSingleObject")) return WAIT_FAILED;
   std::optional<Duration> timeout;
   if (milliseconds != INFINITE) timeout = std::chrono::milliseconds(milliseconds);
   const bool signalled =
-      Director::Get().Await([&] { return g_wait(object, 0) == WAIT_OBJECT_0; }, timeout);
+      StoryClock::Get().Await([&] { return g_wait(object, 0) == WAIT_OBJECT_0; }, timeout);
   return signalled ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
 
@@ -178,11 +178,11 @@ DWORD WINAPI WaitForMany(DWORD count, const HANDLE* objects, BOOL all, DWORD mil
 
 void WINAPI Pause(DWORD milliseconds) {
   if (milliseconds == 0) return g_sleep(0);
-  if (t_fresh || !Director::Get().TakesPart()) {
+  if (t_fresh || !StoryClock::Get().TakesPart()) {
     NoLongerFresh();
     return g_sleep(milliseconds);
   }
-  Director::Get().Await([] { return false; }, std::chrono::milliseconds(milliseconds));
+  StoryClock::Get().Await([] { return false; }, std::chrono::milliseconds(milliseconds));
 }
 
 }  // namespace
