@@ -67,26 +67,22 @@ std::shared_ptr<VirtualThreads::Event> VirtualThreads::FindEvent(EventHandle eve
   return found == m_events.end() ? nullptr : found->second;
 }
 
-bool VirtualThreads::SetEvent(EventHandle handle) {
-  if (m_context.Fails("SetEvent")) return false;
+bool VirtualThreads::Signal(EventHandle handle, bool signalled) {
   const auto event = FindEvent(handle);
   if (event == nullptr) {
     Context::SetLastError(platform::kErrorInvalidHandle);
     return false;
   }
-  m_context.scheduler.Change([&] { event->signalled = true; });
+  m_context.scheduler.Change([&] { event->signalled = signalled; });
   return true;
 }
 
-bool VirtualThreads::ResetEvent(EventHandle handle) {
-  if (m_context.Fails("ResetEvent")) return false;
-  const auto event = FindEvent(handle);
-  if (event == nullptr) {
-    Context::SetLastError(platform::kErrorInvalidHandle);
-    return false;
-  }
-  m_context.scheduler.Change([&] { event->signalled = false; });
-  return true;
+bool VirtualThreads::SetEvent(EventHandle event) {
+  return !m_context.Fails("SetEvent") && Signal(event, true);
+}
+
+bool VirtualThreads::ResetEvent(EventHandle event) {
+  return !m_context.Fails("ResetEvent") && Signal(event, false);
 }
 
 bool VirtualThreads::CloseHandle(EventHandle event) noexcept {

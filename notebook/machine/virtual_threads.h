@@ -15,6 +15,7 @@ class VirtualThreads : public platform::Threads {
  public:
   explicit VirtualThreads(Context& context) : m_context(context) {}
 
+  // For the threads of another process on the same notebook.
   Context& Notebook() const { return m_context; }
 
   platform::ThreadHandle CreateThread(platform::ThreadProcedure procedure, void* parameter,
@@ -41,6 +42,7 @@ class VirtualThreads : public platform::Threads {
   struct Event;
   struct CriticalSection;
   std::shared_ptr<Event> FindEvent(platform::EventHandle event) const;
+  bool Signal(platform::EventHandle event, bool signalled);
 
   Context& m_context;
   mutable std::mutex m_mutex;
