@@ -1,13 +1,22 @@
 # Libraries from the distribution's packages, by name.
 find_package(Threads REQUIRED)
 
-# Compiled here, so that the sanitizers see it, and once: its headers alone take a
-# compiler longer than most of our files.
-add_library(nuvelta_logging STATIC ${CMAKE_CURRENT_LIST_DIR}/logging_library.cpp)
-target_compile_definitions(nuvelta_logging PUBLIC SPDLOG_FMT_EXTERNAL SPDLOG_COMPILED_LIB
-  # Nobody uses the one that writes to the console.
-  SPDLOG_DISABLE_DEFAULT_LOGGER)
-target_link_libraries(nuvelta_logging PUBLIC Threads::Threads PRIVATE nuvelta_flags)
+if(CMAKE_CROSSCOMPILING OR WIN32)
+  # Header-only: the linker leaves out what nobody uses of inline functions alone.
+  add_library(nuvelta_logging INTERFACE)
+  set(logging_scope INTERFACE)
+  target_compile_definitions(nuvelta_logging INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY=1)
+else()
+  # Compiled here, so that the sanitizers see it, and once: its headers alone take a
+  # compiler longer than most of our files.
+  add_library(nuvelta_logging STATIC ${CMAKE_CURRENT_LIST_DIR}/logging_library.cpp)
+  set(logging_scope PUBLIC)
+  target_compile_definitions(nuvelta_logging PUBLIC SPDLOG_FMT_EXTERNAL SPDLOG_COMPILED_LIB
+    # Nobody uses the one that writes to the console.
+    SPDLOG_DISABLE_DEFAULT_LOGGER)
+  target_link_libraries(nuvelta_logging PRIVATE nuvelta_flags)
+endif()
+target_link_libraries(nuvelta_logging ${logging_scope} Threads::Threads)
 add_library(nuvelta_json INTERFACE)
 
 if(CMAKE_CROSSCOMPILING)
@@ -22,7 +31,7 @@ if(CMAKE_CROSSCOMPILING)
     endif()
     file(CREATE_LINK ${folder} ${nuvelta_headers}/${library} SYMBOLIC)
   endforeach()
-  target_include_directories(nuvelta_logging SYSTEM PUBLIC ${nuvelta_headers})
+  target_include_directories(nuvelta_logging SYSTEM INTERFACE ${nuvelta_headers})
   target_include_directories(nuvelta_json SYSTEM INTERFACE ${nuvelta_headers})
 else()
   find_package(fmt REQUIRED)
@@ -30,7 +39,7 @@ else()
   find_package(nlohmann_json REQUIRED)
   foreach(library spdlog::spdlog_header_only fmt::fmt-header-only)
     get_target_property(folders ${library} INTERFACE_INCLUDE_DIRECTORIES)
-    target_include_directories(nuvelta_logging SYSTEM PUBLIC ${folders})
+    target_include_directories(nuvelta_logging SYSTEM ${logging_scope} ${folders})
   endforeach()
   target_link_libraries(nuvelta_json INTERFACE nlohmann_json::nlohmann_json)
   if(NOT WIN32)
