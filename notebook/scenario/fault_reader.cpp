@@ -13,6 +13,7 @@ const PortCall& ReadCall(const JsonCursor& at) {
   const std::string name = at.Text();
   if (const PortCall* const call = FindCall(name)) return *call;
   std::vector<std::string_view> names;
+  names.reserve(kPortCalls.size());
   for (const PortCall& known : kPortCalls) names.push_back(known.name);
   at.Refuse("unknown call \"" + Shown(name) + "\"",
             "a call that can fail" + Suggestion(name, names));
