@@ -8,6 +8,9 @@
 
 namespace nuvelta::explore {
 
+using story::Fits;
+using story::NumberBehind;
+
 namespace {
 
 struct Letter {

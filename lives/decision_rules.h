@@ -8,9 +8,11 @@
 #include <string_view>
 
 #include "lives/findings.h"
-#include "lives/log_lines.h"
+#include "notebook/story/log_lines.h"
 
 namespace nuvelta::explore {
+
+using story::LogLine;
 
 class DecisionRules {
  public:

@@ -10,6 +10,8 @@
 
 namespace nuvelta::explore {
 
+using story::NumberBehind;
+
 namespace {
 
 // Between the two orders of a loose log lie at most an exception's two and the

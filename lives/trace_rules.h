@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "lives/findings.h"
-#include "lives/log_lines.h"
+#include "notebook/story/log_lines.h"
 
 namespace nuvelta::explore {
+
+using story::LogLine;
 
 class TraceRules {
  public:

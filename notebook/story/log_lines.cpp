@@ -1,10 +1,10 @@
-#include "lives/log_lines.h"
+#include "notebook/story/log_lines.h"
 
 #include <charconv>
 
 #include "notebook/story/text_shape.h"
 
-namespace nuvelta::explore {
+namespace nuvelta::story {
 
 namespace {
 
@@ -25,7 +25,7 @@ std::vector<LogLine> ParseLog(std::string_view log) {
                      .text = record.substr(kShape.size())});
   };
   for (size_t at = 0; at < log.size();) {
-    if (story::BeginsWithShape(log.substr(at), kShape)) {
+    if (BeginsWithShape(log.substr(at), kShape)) {
       finish(at);
       begin = at;
     }
@@ -50,4 +50,4 @@ std::optional<int64_t> NumberBehind(std::string_view text, std::string_view mark
   return number;
 }
 
-}  // namespace nuvelta::explore
+}  // namespace nuvelta::story

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nuvelta::explore {
+namespace nuvelta::story {
 
 struct LogLine {
   std::string_view thread;
@@ -24,4 +24,4 @@ bool Fits(std::string_view text, std::string_view pattern);
 // The number behind `mark`, if the text has the mark and a number there.
 std::optional<int64_t> NumberBehind(std::string_view text, std::string_view mark);
 
-}  // namespace nuvelta::explore
+}  // namespace nuvelta::story
