@@ -4,10 +4,9 @@
 #include <optional>
 #include <regex>
 
-#include "lives/trace_rules.h"
-
 namespace nuvelta::explore {
 
+using story::Contains;
 using story::Fits;
 using story::NumberBehind;
 
@@ -90,7 +89,6 @@ const std::string kSetting = kApproved + "GD+QCcH";
 const std::string kRuns = "an|PBE?m|PBV[o67][y57]L(?:h?fi|(?:u|t)vwx)|" + kApproved +
                           "G(?:Ng|Ug|D+Sg|D+Q[TR]?g|D*E!|D+Q[TRC]?E!|D+QC(?:bq|dl|jK|"
                           "cH(?:NX|sX|W[ze]X|WYZ|k!|W[zeY]?k!)))";
-constexpr std::string_view kAskingForRetry = "nmglX!";
 
 std::optional<char> LetterOf(std::string_view text) {
   for (const Letter& letter : kLetters) {
@@ -104,7 +102,7 @@ std::optional<char> LetterOf(std::string_view text) {
 void DecisionRules::Take(const LogLine& line) {
   static const std::regex setting(kSetting);
   static const std::regex runs(kRuns);
-  if (line.text == "h : + CTaskAuthModule::doJob" || IsProcessStart(line)) {
+  if (line.text == story::kRunBegins || Contains(line.text, story::kProcessBegins)) {
     m_worker = line.thread;
     m_run.clear();
     m_answer.reset();
@@ -118,7 +116,7 @@ void DecisionRules::Take(const LogLine& line) {
   }
   if (const auto answer = NumberBehind(line.text, "cfun mode = ")) m_answer = answer;
   if (const auto letter = LetterOf(line.text)) m_run += *letter;
-  if (line.text.find(" Deal Task CTaskAuthModule Cast Time ") == std::string_view::npos) return;
+  if (!Contains(line.text, story::kRunEnded)) return;
   if (!std::regex_match(m_run, runs)) m_findings.Add("log: no run goes \"" + m_run + '"');
   m_worker = {};
 }

@@ -6,10 +6,9 @@
 #include <string>
 
 #include "lives/task_watch.h"
-#include "lives/trace_rules.h"
-
 namespace nuvelta::explore {
 
+using story::Contains;
 using story::NumberBehind;
 
 namespace {
@@ -26,10 +25,6 @@ constexpr std::array<std::string_view, 6> kRetryLines{
     "i :   CFUN = -2, mbim not ready ,will retry",
     "e :   SetMbimCfun failed, will retry!!!",
     "i :   bIsException happend ,will add Exception times and retry"};
-
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
 
 }  // namespace
 
@@ -82,7 +77,6 @@ void TaskRules::BeginRun(std::string_view thread) {
   m_running = true;
   m_worker = thread;
   m_at_commands = m_raised = m_wants_retry = m_ended = false;
-  m_answer.reset();
 }
 
 void TaskRules::EndRun() {
@@ -94,17 +88,10 @@ void TaskRules::EndRun() {
 
 void TaskRules::TakeRun(const LogLine& line) {
   const std::string_view text = line.text;
-  if (text == "h : + CTaskAuthModule::doJob") BeginRun(line.thread);
+  if (text == story::kRunBegins) BeginRun(line.thread);
   if (!m_running || line.thread != m_worker) return;
   if (text == "h : + CMbnWinRtHelper::GetMbimCfun") m_at_commands = true;
   if (Contains(text, ":   exception ") && m_at_commands) m_raised = true;
-  if (const auto level = NumberBehind(text, "query command complete. cfun mode = ")) {
-    m_answer = level;
-  }
-  if (text == "i :   +SendSetCommandAsync") {
-    Expect(m_answer.has_value(), "the radio is set without an answer");
-    Expect(m_answer != 1 && m_answer != -1 && m_answer != -2, "the radio is set in vain");
-  }
   if (std::ranges::find(kRetryLines, text) != kRetryLines.end()) m_wants_retry = true;
   if (text == kRetryLines.back()) {
     Expect(m_raised, "an exception from nowhere");
@@ -117,14 +104,14 @@ void TaskRules::TakeRun(const LogLine& line) {
 
 void TaskRules::TakeWorker(std::string_view text) {
   const int64_t slack = m_loose ? kLooseSlack : 0;
-  if (Contains(text, " Deal Task CTaskAuthModule Cast Time ")) {
+  if (Contains(text, story::kRunEnded)) {
     EndRun();
-  } else if (Contains(text, " retry deal task : ")) {
+  } else if (Contains(text, story::kRetried)) {
     Expect(m_ended && m_wants_retry, "a retry that no run asked for");
     ExpectBudget(NumberBehind(text, ",retry times(").value_or(INT32_MIN), slack);
     if (m_task) --m_task->retry_times;
     m_ended = false;
-  } else if (Contains(text, ",give up the Task ")) {
+  } else if (Contains(text, story::kGivenUp)) {
     const int64_t times = NumberBehind(text, ",retry times(").value_or(INT32_MAX);
     ExpectBudget(times, slack);
     Expect(times <= 0, "given up with a budget");
@@ -139,7 +126,8 @@ void TaskRules::TakeWorker(std::string_view text) {
 }
 
 void TaskRules::Take(const LogLine& line) {
-  if (IsProcessStart(line)) *this = TaskRules(*m_findings, m_loose ? Order::kLoose : Order::kExact);
+  if (Contains(line.text, story::kProcessBegins))
+    *this = TaskRules(*m_findings, m_loose ? Order::kLoose : Order::kExact);
   m_text = line.text;
   TakeQueue(line.text);
   TakeRun(line);

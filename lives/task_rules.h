@@ -1,6 +1,5 @@
 // The task engine as its log tells it: one task at most, its budget the sum of what
-// was granted and spent, one run at a time, and the radio set only after a query
-// whose answer calls for it.
+// was granted and spent, one run at a time.
 #pragma once
 
 #include <cstdint>
@@ -43,16 +42,15 @@ class TaskRules {
   bool m_loose;
   std::string_view m_text;  // the line at hand
   std::optional<Task> m_task;
-  bool m_level = false;             // the queue's one level exists
-  bool m_cleaned = false;           // since the last printed list
-  std::string_view m_worker;        // the thread of the run
-  bool m_running = false;           // between entry and end of a run
-  bool m_at_commands = false;       // the run talks to the modem
-  bool m_raised = false;            // an exception came out of the commands
-  bool m_wants_retry = false;       // what the run asked for
-  bool m_ended = false;             // a run is over, its task not yet dealt with
-  bool m_given_up = false;          // the task was given up
-  std::optional<int64_t> m_answer;  // of the run's query
+  bool m_level = false;        // the queue's one level exists
+  bool m_cleaned = false;      // since the last printed list
+  std::string_view m_worker;   // the thread of the run
+  bool m_running = false;      // between entry and end of a run
+  bool m_at_commands = false;  // the run talks to the modem
+  bool m_raised = false;       // an exception came out of the commands
+  bool m_wants_retry = false;  // what the run asked for
+  bool m_ended = false;        // a run is over, its task not yet dealt with
+  bool m_given_up = false;     // the task was given up
 };
 
 }  // namespace nuvelta::explore

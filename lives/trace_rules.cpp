@@ -22,10 +22,6 @@ constexpr std::string_view kIsDisableVerify = "CommonUtil::IsDisableVerify";
 
 }  // namespace
 
-bool IsProcessStart(const LogLine& line) {
-  return line.text.find("   NService start ===") != std::string_view::npos;
-}
-
 void TraceRules::Break(const char* rule, std::string_view name) {
   m_findings.Add("trace: " + std::string(rule) + ": " + std::string(name));
 }
@@ -92,7 +88,7 @@ void TraceRules::Finish() {
 }
 
 void TraceRules::Take(const LogLine& line) {
-  if (IsProcessStart(line)) {
+  if (story::Contains(line.text, story::kProcessBegins)) {
     Finish();
     // The retention's thread starts with the logger, before the first line is written.
     std::erase_if(m_threads, [](const auto& entry) {

@@ -47,7 +47,4 @@ class TraceRules {
   bool m_returned = false;  // the process told of its end
 };
 
-// The first line of every process.
-bool IsProcessStart(const LogLine& line);
-
 }  // namespace nuvelta::explore

@@ -7,30 +7,18 @@
 
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/scenario/scenario_text.h"
-#include "notebook/story/text_shape.h"
+#include "notebook/story/log_lines.h"
 #include "replay.h"
 #include "source_folder.h"
 
 namespace nuvelta::test {
 
 namespace fs = std::filesystem;
+using story::Contains;
 
 namespace {
 
 const fs::path kScenarios = SourceFolder() / "scenarios";
-
-// "2026-11-16 00:58:46.000 00001004 " and what follows it.
-constexpr size_t kTimeLength = 23;
-constexpr size_t kThreadLength = 8;
-constexpr size_t kPrefixLength = kTimeLength + 1 + kThreadLength + 1;
-
-bool StartsRecord(std::string_view text) {
-  return story::BeginsWithShape(text, "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ");
-}
-
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
 
 void AddLine(std::string& lines, std::string_view line) { lines.append(line).append("\n"); }
 
@@ -77,22 +65,16 @@ std::string Numbered(const std::vector<std::string_view>& lines, size_t from, si
 }  // namespace
 
 std::vector<Record> Told::Records() const {
+  const std::vector<story::LogLine> lines = story::ParseLog(log);
+  if (!log.empty() && !log.ends_with("\r\n")) {
+    throw std::runtime_error("the log's last line has no end");
+  }
+  if (!log.empty() && (lines.empty() || lines.front().time.data() != log.data())) {
+    throw std::runtime_error("no log line: " + log.substr(0, log.find('\n')));
+  }
   std::vector<Record> records;
-  std::string_view rest = log;
-  while (!rest.empty()) {
-    // A message may hold line ends of its own: the record ends before the next.
-    size_t end = rest.find("\r\n");
-    while (end != std::string_view::npos && end + 2 < rest.size() &&
-           !StartsRecord(rest.substr(end + 2))) {
-      end = rest.find("\r\n", end + 2);
-    }
-    if (end == std::string_view::npos) throw std::runtime_error("the log's last line has no end");
-    const std::string_view record = rest.substr(0, end);
-    if (!StartsRecord(record)) throw std::runtime_error("no log line: " + std::string(record));
-    records.push_back({std::string(record.substr(0, kTimeLength)),
-                       std::string(record.substr(kTimeLength + 1, kThreadLength)),
-                       std::string(record.substr(kPrefixLength))});
-    rest.remove_prefix(end + 2);
+  for (const auto& [time, thread, text] : lines) {
+    records.push_back({std::string(time), std::string(thread), std::string(text)});
   }
   return records;
 }

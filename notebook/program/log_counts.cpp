@@ -1,5 +1,7 @@
 #include "notebook/program/log_counts.h"
 
+#include "notebook/story/log_lines.h"
+
 namespace nuvelta::story {
 
 namespace {
@@ -23,10 +25,10 @@ LogCounts& LogCounts::operator+=(const LogCounts& other) {
 }
 
 LogCounts CountLog(std::string_view log) {
-  return {.triggers = Count(log, "CTaskFactory createTask TASK_TYPE_AUTH"),
-          .runs = Count(log, " Cast Time "),
-          .retries = Count(log, " retry deal task : "),
-          .give_ups = Count(log, " <=0 ,give up the Task ")};
+  return {.triggers = Count(log, kTriggered),
+          .runs = Count(log, kRunEnded),
+          .retries = Count(log, kRetried),
+          .give_ups = Count(log, kGivenUp)};
 }
 
 }  // namespace nuvelta::story

@@ -9,7 +9,7 @@ namespace nuvelta::story {
 namespace {
 
 constexpr std::string_view kShape = "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ";
-constexpr size_t kTimeLength = 24;  // with its blank
+constexpr size_t kTimeLength = 23;
 constexpr size_t kThreadLength = 8;
 
 }  // namespace
@@ -21,7 +21,8 @@ std::vector<LogLine> ParseLog(std::string_view log) {
     if (begin == std::string_view::npos) return;
     std::string_view record = log.substr(begin, end - begin);
     if (record.ends_with("\r\n")) record.remove_suffix(2);
-    lines.push_back({.thread = record.substr(kTimeLength, kThreadLength),
+    lines.push_back({.time = record.substr(0, kTimeLength),
+                     .thread = record.substr(kTimeLength + 1, kThreadLength),
                      .text = record.substr(kShape.size())});
   };
   for (size_t at = 0; at < log.size();) {

@@ -3,18 +3,13 @@
 #include <map>
 #include <regex>
 
-#include "notebook/story/text_shape.h"
+#include "notebook/story/log_lines.h"
 
 namespace nuvelta::wine_notebook {
 
 namespace {
 
-// "2026-11-16 00:58:46.000 00001004 " and the tag letter.
-constexpr std::string_view kHead = "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ";
-constexpr size_t kThreadBegin = 24;
-constexpr size_t kThreadLength = 8;
-// The first records of the main thread and of the one that deletes old log files.
-constexpr std::string_view kMainBegins = "NService start ====";
+// The first record of the thread that deletes old log files.
 constexpr std::string_view kRetentionBegins = "+ DeleteFileWhileExceedMaxSizeAndTime";
 
 struct Replacement {
@@ -60,30 +55,22 @@ std::string Comparable(std::string text) {
   return text;
 }
 
-// Where the record that begins at `begin` ends: a message may hold line ends.
-size_t EndOfRecord(std::string_view log, size_t begin) {
-  size_t end = log.find('\n', begin);
-  while (end != std::string_view::npos && end + 1 < log.size() &&
-         !story::BeginsWithShape(log.substr(end + 1), kHead)) {
-    end = log.find('\n', end + 1);
-  }
-  return end == std::string_view::npos ? log.size() : end + 1;
-}
-
 struct RawRecord {
   std::string thread;
   std::string text;
 };
 
 std::vector<RawRecord> Split(std::string_view log) {
+  const std::vector<story::LogLine> lines = story::ParseLog(log);
   std::vector<RawRecord> records;
-  for (size_t begin = 0; begin < log.size();) {
-    const size_t end = EndOfRecord(log, begin);
-    const std::string record(log.substr(begin, end - begin));
-    const bool whole = story::BeginsWithShape(record, kHead);
-    records.push_back({whole ? record.substr(kThreadBegin, kThreadLength) : "",
-                       Comparable(whole ? record.substr(kHead.size()) : record)});
-    begin = end;
+  // What no record owns, and a last line without an end, are differences too.
+  const auto owned =
+      lines.empty() ? log.size() : static_cast<size_t>(lines.front().time.data() - log.data());
+  if (owned > 0) records.push_back({"", Comparable(std::string(log.substr(0, owned)))});
+  for (const story::LogLine& line : lines) {
+    const bool ends = &line != &lines.back() || log.ends_with('\n');
+    records.push_back(
+        {std::string(line.thread), Comparable(std::string(line.text) + (ends ? "\n" : ""))});
   }
   return records;
 }
@@ -93,7 +80,7 @@ std::vector<RawRecord> Split(std::string_view log) {
 size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
   for (size_t i = first; i > 0; --i) {
     if (records[i - 1].thread != records[first - 1].thread) break;
-    if (records[i - 1].text.find(kRetentionBegins) != std::string::npos) return i - 1;
+    if (story::Contains(records[i - 1].text, kRetentionBegins)) return i - 1;
   }
   return first;
 }
@@ -102,7 +89,7 @@ size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
 std::vector<size_t> Begins(const std::vector<RawRecord>& records) {
   std::vector<size_t> begins;
   for (size_t i = 0; i < records.size(); ++i) {
-    if (records[i].text.find(kMainBegins) != std::string::npos) {
+    if (story::Contains(records[i].text, story::kProcessBegins)) {
       begins.push_back(BeginOfProcess(records, i));
     }
   }
