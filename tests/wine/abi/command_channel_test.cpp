@@ -40,11 +40,10 @@ TEST_F(CommandChannelTest, ASetAndAQueryCarryTheirBytesThereAndBack) {
   const auto services = modem->DeviceServices();
   ASSERT_EQ(services->Size(), 2U);
   EXPECT_EQ(services->GetAt(0)->DeviceServiceId(), virtual_notebook::kSmsService);
-  EXPECT_EQ(services->GetAt(1)->DeviceServiceId(), virtual_notebook::kVendorService);
+  EXPECT_EQ(services->GetAt(1)->DeviceServiceId(), platform::kVendorService);
   EXPECT_EQ(Thrown([&] { services->GetAt(2); }), 0x8000000BU);
 
-  const auto session =
-      modem->GetDeviceService(virtual_notebook::kVendorService)->OpenCommandSession();
+  const auto session = modem->GetDeviceService(platform::kVendorService)->OpenCommandSession();
   EXPECT_NE(session->Handle(), 0U);
   const auto set = session->SendSetCommandAsync(1, Payload(kSetBytes));
   ASSERT_EQ(StatusOf(*set), AsyncStatus::kCompleted);
@@ -169,8 +168,7 @@ void WholeLife(platform::MobileBroadband& port) {
   const auto modem = port.GetDefault();
   const auto services = modem->DeviceServices();
   for (uint32_t i = 0; i < services->Size(); ++i) services->GetAt(i)->DeviceServiceId();
-  const auto session =
-      modem->GetDeviceService(virtual_notebook::kVendorService)->OpenCommandSession();
+  const auto session = modem->GetDeviceService(platform::kVendorService)->OpenCommandSession();
   for (const bool set : {false, true}) {
     const auto writer = port.CreateDataWriter();
     writer->WriteBytes(kQueryBytes);

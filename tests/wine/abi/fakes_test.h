@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "class_registration.h"
+#include "platform/vendor_service.h"
 #include "platform/windows/winrt/windows_mobile_broadband.h"
 #include "test_stage.h"
 #include "wine/hardware/fake_object.h"
@@ -42,7 +43,7 @@ class FakesTest : public testing::Test {
     return writer->DetachBuffer();
   }
   std::shared_ptr<platform::CommandSession> OpenSession() {
-    const auto service = port.GetDefault()->GetDeviceService(virtual_notebook::kVendorService);
+    const auto service = port.GetDefault()->GetDeviceService(platform::kVendorService);
     return service->OpenCommandSession();
   }
 
