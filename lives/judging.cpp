@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <ctime>
 #include <string_view>
 
 #include "lives/decision_rules.h"
@@ -73,13 +71,9 @@ bool HasOneReporter(const Scenario& life) {
   });
 }
 
-std::chrono::system_clock::time_point StartOf(const Scenario& life) {
-  setenv("TZ", life.time_zone.c_str(), 1);
-  tzset();
-  std::tm local{};
-  local.tm_isdst = -1;
-  strptime(life.start_time.c_str(), "%Y-%m-%d %H:%M:%S", &local);
-  return std::chrono::system_clock::from_time_t(mktime(&local));
+std::chrono::system_clock::time_point SystemTime(virtual_notebook::Nanoseconds since_epoch) {
+  return std::chrono::system_clock::time_point(
+      std::chrono::duration_cast<std::chrono::system_clock::duration>(since_epoch));
 }
 
 void CheckEnd(const StoryReport& report, Findings& findings) {
@@ -127,8 +121,9 @@ LifeReport PlayLife(const Scenario& life, bool free_running) {
   const StoryReport report =
       VirtualMachine(
           life,
-          free_running ? story::ServiceProgram()
-                       : WatchedProgram(findings, result.counts, allowed, StartOf(life)),
+          free_running
+              ? story::ServiceProgram()
+              : WatchedProgram(findings, result.counts, allowed, SystemTime(StartOf(life))),
           {.mode = free_running ? Scheduler::Mode::kFree : Scheduler::Mode::kDeterministic,
            .seed = life.seed,
            .disk = disk.Path()})

@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +12,7 @@
 #include "lives/life.h"
 #include "lives/shrinking.h"
 #include "notebook/scenario/scenario_reader.h"
+#include "notebook/story/temporary_folder.h"
 
 namespace nuvelta::explore {
 namespace {
@@ -93,13 +93,6 @@ int Replay(const std::string& file, bool free_running) {
   return broken.empty() ? 0 : 1;
 }
 
-// Lives write and remove many small files.
-void UseFastTemporaryFolder() {
-  if (std::getenv("TMPDIR") == nullptr && std::filesystem::is_directory("/dev/shm")) {
-    setenv("TMPDIR", "/dev/shm", 1);
-  }
-}
-
 }  // namespace
 }  // namespace nuvelta::explore
 
@@ -140,7 +133,7 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : 2;
   }
   try {
-    UseFastTemporaryFolder();
+    nuvelta::story::PreferFoldersInMemory();
     if (shown) {
       std::printf("%s\n", MakeLife(*shown, options.start_delay_ms).dump(2).c_str());
       return 0;

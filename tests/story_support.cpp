@@ -1,7 +1,6 @@
 #include "story_support.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <stdexcept>
 
@@ -22,11 +21,7 @@ const fs::path kScenarios = SourceFolder() / "scenarios";
 
 void AddLine(std::string& lines, std::string_view line) { lines.append(line).append("\n"); }
 
-// Stories write and remove many small files. As in explore.
-const bool g_folder_in_memory = [] {
-  const bool wanted = std::getenv("TMPDIR") == nullptr && fs::is_directory("/dev/shm");
-  return wanted && setenv("TMPDIR", "/dev/shm", 1) == 0;
-}();
+[[maybe_unused]] const bool g_folders_in_memory = (story::PreferFoldersInMemory(), true);
 
 // The files of scenarios, and the texts of inline ones, by their titles.
 std::map<std::string, std::function<std::string()>> g_files;

@@ -11,30 +11,21 @@
 
 namespace nuvelta::virtual_notebook {
 
-namespace {
-
-// Seconds since 1970 of a local time "YYYY-MM-DD hh:mm:ss".
-Nanoseconds ParseLocalTime(const std::string& text) {
+Nanoseconds StartOf(const Scenario& scenario) {
+  setenv("TZ", scenario.time_zone.c_str(), 1);
+  tzset();
   std::tm local{};
   local.tm_isdst = -1;
-  if (strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &local) == nullptr) {
-    throw std::invalid_argument("not a time: " + text);
+  if (strptime(scenario.start_time.c_str(), "%Y-%m-%d %H:%M:%S", &local) == nullptr) {
+    throw std::invalid_argument("not a time: " + scenario.start_time);
   }
   return std::chrono::seconds(mktime(&local));
 }
 
-Nanoseconds StartTime(const Scenario& scenario) {
-  setenv("TZ", scenario.time_zone.c_str(), 1);
-  tzset();
-  return ParseLocalTime(scenario.start_time);
-}
-
-}  // namespace
-
 VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, const Options& options)
     : m_scenario(scenario), m_program(std::move(program)) {
   m_parts = std::make_unique<Parts>(
-      m_scenario, StartTime(m_scenario), options, [this](const std::string& line) {
+      m_scenario, StartOf(m_scenario), options, [this](const std::string& line) {
         m_parts->scheduler.Spawn("cmd.exe", 0, [this, line] { RunShell(line); });
       });
   for (const EventRecord& record : m_scenario.notebook.event_log) {

@@ -25,6 +25,9 @@ struct Program {
   std::string log_suffix;
 };
 
+// Since the epoch; sets the host process's time zone to the story's.
+Nanoseconds StartOf(const Scenario& scenario);
+
 class VirtualMachine {
  public:
   struct Options {

@@ -18,6 +18,13 @@ constexpr const char* kFolderPrefix = "virtual_notebook_";
 
 }  // namespace
 
+void PreferFoldersInMemory() {
+  std::error_code ignored;
+  if (std::getenv("TMPDIR") == nullptr && fs::is_directory("/dev/shm", ignored)) {
+    setenv("TMPDIR", "/dev/shm", 1);
+  }
+}
+
 TemporaryFolder::TemporaryFolder() {
   const fs::path parent = fs::temp_directory_path();
   static std::once_flag cleaned;

@@ -8,6 +8,10 @@
 
 namespace nuvelta::story {
 
+// For programs that play many stories, whose files are small: where nothing else is
+// asked for, such folders lie in the memory.
+void PreferFoldersInMemory();
+
 class TemporaryFolder {
  public:
   // The first one of a process also removes what processes that were killed have
