@@ -159,7 +159,7 @@ void VirtualFiles::PutOldLogs(const std::string& folder, const std::vector<OldLo
          --begun) {
       std::tm local{};
       localtime_r(&begun, &local);
-      name = name_prefix + kLogProgram + LogStampOf(local) + name_suffix;
+      name = LogNameOf(name_prefix, local, name_suffix);
     }
     const fs::path file = host / name;
     std::ofstream(file, std::ios::trunc).close();

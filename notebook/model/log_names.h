@@ -17,4 +17,9 @@ inline std::string LogStampOf(const std::tm& begun) {
   return stamp.data();
 }
 
+// The name of a file that the logger began at that time.
+inline std::string LogNameOf(std::string prefix, const std::tm& begun, const std::string& suffix) {
+  return prefix.append(kLogProgram).append(LogStampOf(begun)).append(suffix);
+}
+
 }  // namespace nuvelta::virtual_notebook

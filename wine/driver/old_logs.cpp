@@ -23,8 +23,7 @@ namespace {
 constexpr const wchar_t* kRootVariable = L"programdata=";
 
 std::string NameAt(time_t begun) {
-  return std::string(kLogFilePrefix) + virtual_notebook::kLogProgram +
-         virtual_notebook::LogStampOf(*std::localtime(&begun)) + kLogFileSuffix;
+  return virtual_notebook::LogNameOf(kLogFilePrefix, *std::localtime(&begun), kLogFileSuffix);
 }
 
 // Two logs of one age are begun a second apart.
