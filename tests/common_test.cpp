@@ -1,4 +1,5 @@
-// The logger, retention, the registry switches and the account watcher.
+// The logger's files, retention, the registry switches and the account watcher. The lines
+// that the logger writes are its fuzz target's.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -38,14 +39,6 @@ std::string LoggedBy(const std::function<void()>& body, const std::string& noteb
   return text;
 }
 
-TEST(Logger, WritesEachLevelInItsOwnForm) {
-  const std::string logged = LoggedBy([] {
-    CLogger& logger = CLogger::GetInstance();
-    for (const int level : {1, 2, 3, 4, 6, 0, 7, -1}) logger.WriteLog(level, "Fn", "%d", level);
-  });
-  EXPECT_LINES(logged, "e :   1\ni :   2\nw :   3\ni :   4\nh :   Fn, 6\n");
-}
-
 // Logs two seconds after the message before, so that no pause keeps it out.
 struct Sink {
   void Log(const std::string& text, std::chrono::milliseconds after = std::chrono::seconds(2)) {
@@ -81,27 +74,6 @@ TEST(LogFile, GoesOnAfterARotationThatFailed) {
   log.Log(shorter, LogFileSink::kPause / 2);
   log.Log(shorter);
   EXPECT_LINES(story::ReadFile(file), longer + "\n" + shorter + "\n");
-}
-
-TEST(Logger, WritesABareLineWithoutThreadAndTag) {
-  const TemporaryFolder disk;
-  const Scenario scenario = Inline("{'faults': [{'call': 'StartDetachedThread'}]}");
-  virtual_notebook::VirtualMachine(scenario, story::ServiceProgram(), {.disk = disk.Path()})
-      .RunProcess([&] {
-        CLogger::GetInstance().InitLogger();
-        CLogger::GetInstance().WriteLog(kLogBare, "Fn", "{} and %%n \xA3\xAC");
-      });
-  EXPECT_LINES(story::ReadLog(scenario, disk.Path()),
-               "2026-11-16 00:58:46.000 {} and %n \xA3\xAC\r\n");
-}
-
-TEST(Logger, CutsAMessageAt4095Characters) {
-  const std::string logged = LoggedBy([] {
-    LogInfo("Fn", "%s", std::string(4095, 'a').c_str());
-    LogInfo("Fn", "%s", std::string(4096, 'b').c_str());
-  });
-  EXPECT_LINES(logged,
-               "i :   " + std::string(4095, 'a') + "\ni :   " + std::string(4095, 'b') + "\n");
 }
 
 TEST(Logger, OpensOneFileASecond) {

@@ -1,10 +1,9 @@
-// The pure rules: firmware table, event records, hardware ids, platform table.
+// The pure rules: firmware table, event records, hardware ids, platform table. The fuzz
+// targets tell most of them once more, on inputs that nobody thought of.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
-#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -46,108 +45,6 @@ bool IsFcc(const SmbiosTable& table) {
   const std::vector<uint8_t> marker(kMarker.begin(), kMarker.end());
   const auto content = FindFccContent(table);
   return content && IsFccContent(table, *content, marker);
-}
-
-// The same rules once more, by positions in the whole table.
-struct Reference {
-  explicit Reference(const Bytes& table) : all(table) {
-    uint64_t claimed = 0;
-    for (size_t i = 0; i < 4; ++i) claimed |= uint64_t(Byte(4 + i)) << (8 * i);
-    end = all.size() <= 8 ? 8 : 8 + std::min<uint64_t>(claimed, all.size() - 8);
-  }
-  unsigned Byte(size_t at) const {
-    return at < all.size() ? static_cast<unsigned char>(all[at]) : 0U;
-  }
-  size_t LengthAt(size_t start) const { return Byte(start + 1); }
-  // The first of two zero bytes that both lie before `limit`; far away without them.
-  size_t TwoZeros(size_t from, size_t limit) const {
-    while (from + 1 < limit && Byte(from) + Byte(from + 1) != 0) ++from;
-    return from + 1 < limit ? from : SIZE_MAX / 2;
-  }
-  size_t Next(size_t start) const { return TwoZeros(start + LengthAt(start), end) + 2; }
-  size_t Find(unsigned type, size_t minimum) const {
-    size_t start = 8;
-    for (; start < end && LengthAt(start) >= 4; start = Next(start))
-      if (Byte(start) == type && LengthAt(start) >= minimum) return start;
-    return 0;
-  }
-  Bytes String(size_t start, unsigned number) const {
-    size_t at = start + LengthAt(start);
-    if (number == 0 || Byte(at) == 0) return {};
-    for (; number > 1 && at < all.size(); ++at) number -= all[at] == '\0' ? 1 : 0;
-    return at < all.size() ? Bytes(all, at, all.find('\0', at) - at) : Bytes();
-  }
-  bool Fcc() const {
-    size_t start = 8;
-    while (start < end && Byte(start) != 133) start = Next(start);
-    if (start >= end || LengthAt(start) != 5 || TwoZeros(start + 4, all.size()) != start + 19)
-      return false;
-    for (size_t i = 0; i < 14; ++i)
-      if (std::tolower(all[start + 4 + i] & 0xFF) != std::tolower(kMarker[i])) return false;
-    return true;
-  }
-  Bytes all;
-  size_t end;
-};
-
-struct Dice {
-  size_t Roll(size_t sides) { return engine() % sides; }
-  char Byte() { return static_cast<char>(Roll(256)); }
-  std::mt19937 engine{20240611};  // the same numbers with every library
-};
-Bytes HostileFcc(Dice& dice) {
-  Bytes content = kMarker;
-  for (char& letter : content) letter = dice.Roll(3) == 0 ? ToLower(letter) : letter;
-  if (dice.Roll(4) == 0) content[dice.Roll(15)] ^= '\x20';
-  if (dice.Roll(4) == 0) content.resize(14 + dice.Roll(3), 'Z');
-  return Fcc(content, Bytes(dice.Roll(6) == 0 ? 1 : 2, '\0'));
-}
-Bytes HostileStructure(Dice& dice) {
-  if (dice.Roll(4) == 0) return HostileFcc(dice);
-  constexpr std::array kTypes{1, 2, 4, 133, 0, 127};
-  Bytes area = Structure(kTypes.at(dice.Roll(6)), 2 + static_cast<int>(dice.Roll(32)), "");
-  for (char& byte : std::span(area).subspan(2)) byte = static_cast<char>(dice.Roll(5));
-  if (dice.Roll(6) == 0) area[1] = dice.Byte();
-  for (size_t left = dice.Roll(4); left > 0; --left) area += Bytes(1 + dice.Roll(5), 'a') + '\0';
-  return area + Bytes(dice.Roll(4), '\0');
-}
-Bytes HostileTable(Dice& dice) {
-  Bytes structures;
-  for (size_t left = dice.Roll(7); left > 0; --left) structures += HostileStructure(dice);
-  const size_t size = structures.size();
-  const std::array claims{size, size + dice.Roll(9), dice.Roll(size + 1), ~size_t{0}};
-  Bytes table = Table(structures, claims.at(dice.Roll(4)));
-  if (dice.Roll(4) == 0) table.resize(dice.Roll(size + 9));
-  if (dice.Roll(4) == 0 && !table.empty()) table[dice.Roll(table.size())] = dice.Byte();
-  return table.substr(0, 200);
-}
-
-TEST(SmbiosRules, HoldForHostileTables) {
-  Dice dice;
-  int found = 0, missing = 0, texts = 0, fcc = 0;
-  for (int round = 0; round < 20000; ++round) {
-    const Bytes bytes = HostileTable(dice);
-    const auto block = Exact(bytes);
-    const SmbiosTable table(block);
-    const Reference reference(bytes);
-    ASSERT_EQ(table.End() + 8, reference.end) << round;
-    for (const unsigned type : {1U, 2U, 4U, 133U}) {
-      const auto minimum = static_cast<uint8_t>(dice.Roll(30));
-      const auto structure = FindStructure(table, static_cast<uint8_t>(type), minimum);
-      const size_t start = reference.Find(type, minimum);
-      ASSERT_EQ(structure ? structure->offset + 8 : 0, start) << round;
-      ++(structure ? found : missing);
-      for (uint8_t number = 0; structure && number < 240; number = uint8_t(number * 2 + 1)) {
-        const Bytes text(ResolveString(table, *structure, number));
-        ASSERT_EQ(text, reference.String(start, number)) << round << " string " << int{number};
-        if (!text.empty()) ++texts;
-      }
-    }
-    ASSERT_EQ(IsFcc(table), reference.Fcc()) << round;
-    if (IsFcc(table)) ++fcc;
-  }
-  // The tables must not all be of one kind.
-  EXPECT_GT(std::min({found, missing, texts, fcc * 10}), 5000);
 }
 
 TEST(SmbiosRules, ResolveStrings) {
@@ -224,36 +121,7 @@ TEST(LogonRecordRules, WalkTheRecords) {
   EXPECT_EQ(record.SourceName, u"Wlclntfy");
 }
 
-TEST(LogonRecordRules, StayInsideHostileBytes) {
-  Dice dice;
-  int found = 0;
-  for (int round = 0; round < 20000; ++round) {
-    Bytes records(dice.Roll(5) == 0 ? dice.Roll(120) : 0, dice.Byte());
-    for (size_t left = dice.Roll(4); left > 0; --left) {
-      Bytes record = Record(1, dice.Roll(2) == 0 ? "" : Utf16(u"Wlclntfy\0"s));
-      if (dice.Roll(3) == 0) record[dice.Roll(4)] = dice.Byte();
-      records += record;
-    }
-    if (dice.Roll(2) == 0) records.resize(dice.Roll(200), dice.Byte());
-    if (Found(records) != 0) ++found;
-  }
-  EXPECT_NEAR(found, 10000, 8000);
-}
-
-TEST(HardwareIdRules, CutAndClassify) {
-  const std::string mbim = "USB\\VID_3A5E&PID_4A10&MI_00",
-                    pci = "PCI\\VEN_2F1B&DEV_4D75&SUBSYS_1234";
-  EXPECT_EQ(CutMbimHwid(mbim + "\\7&1"), mbim);
-  EXPECT_EQ(CutMbimHwid("USB\\VID"), "USB\\VID");
-  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerPci, pci + "17AA&REV_01"), pci);
-  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerUsb, mbim), "USB\\VID_3A5E&PID_4A10");
-  EXPECT_EQ(CutAuthHwid(HwidOwner::kMakerPci, "PCI"), "PCI");
-  EXPECT_EQ(CutAuthHwid(HwidOwner::kOther, pci), "");
-  EXPECT_EQ(ClassifyHwid(pci), HwidOwner::kMakerPci);
-  EXPECT_EQ(ClassifyHwid(mbim), HwidOwner::kMakerUsb);
-  EXPECT_EQ(ClassifyHwid(mbim + pci), HwidOwner::kMakerPci);
-  for (const char* other : {"", "usb\\vid_3a5e&pid_4a10", "pci\\ven_2f1b", "USB\\VID_2F1B"})
-    EXPECT_EQ(ClassifyHwid(other), HwidOwner::kOther) << other;
+TEST(HardwareIdRules, ExpectFourModems) {
   for (const char* end : {"4A10&MI_00", "4A11&MI_00", "0A31&MI_00", "0A32&MI_00", "4A1", ""})
     EXPECT_TRUE(IsExpectedMbimHwid("USB\\VID_3A5E&PID_"s + end)) << end;
   for (const char* end : {"4A10&MI_02", "4a10&MI_00", "4A12&MI_00", "4A10&MI_00\\"})

@@ -14,9 +14,8 @@
 #include "auth/systeminfo.h"
 #include "dmidecode.h"
 #include "fake_platform.h"
-#include "notebook/model/smbios_builder.h"
-#include "notebook/scenario/scenario_reader.h"
 #include "source_folder.h"
+#include "target.h"
 
 namespace nuvelta::test {
 namespace {
@@ -208,146 +207,10 @@ void Compare(const Bytes& table, Counts& counts) {
   CompareFcc(table, output, counts);
 }
 
-// ------- tables
-
-Bytes Built(const virtual_notebook::SmbiosFields& fields) {
-  return virtual_notebook::BuildSmbiosTable(fields);
-}
-
-void Append(Bytes& table, const Bytes& bytes) {
-  table.insert(table.end(), bytes.begin(), bytes.end());
-}
-
-// The structures of a sound table, one by one.
-std::vector<Bytes> Split(const Bytes& table) {
-  std::vector<Bytes> structures;
-  for (auto at = table.begin() + kHeader; at != table.end();) {
-    constexpr std::array<uint8_t, 2> kEnd{};
-    const auto end = std::search(at + at[1], table.end(), kEnd.begin(), kEnd.end()) + 2;
-    structures.emplace_back(at, end);
-    at = end;
-  }
-  return structures;
-}
-
-Bytes Joined(const Bytes& header, const std::vector<Bytes>& structures) {
-  Bytes table(header.begin(), header.begin() + kHeader);
-  for (const Bytes& structure : structures) Append(table, structure);
-  return WithLength(table);
-}
-
-// What real notebooks have been seen to carry.
-std::vector<Bytes> OddTables() {
-  const virtual_notebook::SmbiosFields plain = virtual_notebook::DefaultNotebook().firmware;
-  std::vector<Bytes> tables{Built(plain)};
-  const Bytes sound = tables.front();
-  for (const uint8_t length : std::initializer_list<uint8_t>{8, 24, 25, 26}) {
-    auto fields = plain;
-    fields.system_length = length;
-    tables.push_back(Built(fields));
-  }
-  auto blanks = plain;
-  blanks.system_version = "  T14 Gen 5 ";
-  blanks.system_serial = " ";
-  blanks.system_family = "";
-  blanks.baseboard_product = "21ML\xE9\x01\x7F";
-  blanks.processor_version = std::string(300, 'x');
-  tables.push_back(Built(blanks));
-
-  auto structures = Split(sound);
-  const Bytes other_board = Split(Built(blanks))[4];
-  structures.insert(structures.begin() + 4, other_board);  // two boards, the odd one first
-  structures.pop_back();                                   // and no end of the table
-  tables.push_back(Joined(sound, structures));
-  // The system structure late, after many of other types.
-  structures = Split(sound);
-  for (uint8_t i = 0; i < 16; ++i) structures.insert(structures.begin(), {i, 4, i, 0, 0, 0});
-  tables.push_back(Joined(sound, structures));
-  // A second system structure behind the end, which counts when the first is short.
-  auto short_first = plain;
-  short_first.system_length = 20;
-  structures = Split(Built(short_first));
-  structures.push_back(Split(sound)[3]);
-  tables.push_back(Joined(sound, structures));
-  // FCC structures: without strings, with several, with an empty first one, behind a short
-  // structure, two of them.
-  for (const Bytes& fcc :
-       std::initializer_list<Bytes>{{133, 5, 9, 0, 1, 0, 0},
-                                    {133, 5, 9, 0, 0, 0, 0},
-                                    {133, 5, 9, 0, 0, 0, 'a', 0, 0},
-                                    {133, 5, 9, 0, 0, 'a', 0, 0},
-                                    {133, 5, 9, 0, 0xC5, 'F', 0xE9, 1, ' ', 0, '\n', 'M', 0, 0},
-                                    {133, 5, 9, 0, 1, 0, 'a', 0, 0},
-                                    {200, 3, 9, 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0},
-                                    {133, 5, 9, 0, 1, 'a', 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0},
-                                    {133, 6, 9, 0, 1, 2, 'a', 0, 0, 133, 5, 8, 0, 2, 'b', 0, 0}}) {
-    structures = Split(sound);
-    structures.insert(structures.begin(), fcc);
-    tables.push_back(Joined(sound, structures));
-  }
-  // A board and a processor of the least length that we read.
-  tables.push_back(Joined(sound, {{2, 8, 2, 0, 1, 2, 3, 4, 'a', 0, 'b', 0, 'c', 0, 'd', 0, 0}}));
-  Bytes processor{4, 22, 4, 0};
-  processor.resize(22);
-  processor[16] = 1;
-  Append(processor, {'P', 0, 0});
-  tables.push_back(Joined(sound, {processor}));
-
-  Bytes padded = sound;
-  padded.resize(padded.size() + 4096);
-  tables.push_back(WithLength(padded));
-  for (const size_t back : {3, 40, 200, 400}) {
-    tables.push_back(WithLength(Bytes(sound.begin(), sound.end() - static_cast<ptrdiff_t>(back))));
-  }
-  for (const uint8_t minor :
-       std::initializer_list<uint8_t>{5, 6}) {  // where dmidecode begins to swap the uuid
-    Bytes old = sound;
-    old[1] = 2;
-    old[2] = minor;
-    tables.push_back(old);
-  }
-  Bytes no_uuid = sound;
-  const Bytes system = Split(sound)[3];
-  const auto at = std::search(no_uuid.begin(), no_uuid.end(), system.begin(), system.end());
-  for (const uint8_t byte : std::initializer_list<uint8_t>{0x00, 0xFF}) {
-    std::fill(at + 8, at + 24, byte);
-    tables.push_back(no_uuid);
-  }
-  at[5] = 9;  // a string that is not there
-  tables.push_back(no_uuid);
-  return tables;
-}
-
-Bytes Damaged(Bytes table, std::mt19937& random) {
-  const auto below = [&](size_t limit) { return random() % limit; };
-  for (size_t times = 1 + below(4); times > 0; --times) {
-    const size_t at = kHeader + below(table.size() - kHeader);
-    const auto place = table.begin() + static_cast<ptrdiff_t>(at);
-    switch (below(5)) {
-      case 0:
-        table[at] = static_cast<uint8_t>(random());
-        break;
-      case 1:
-        table[at] = static_cast<uint8_t>(below(3));
-        break;
-      case 2:
-        table.insert(place, 1 + below(3), static_cast<uint8_t>(below(2) * random()));
-        break;
-      case 3:
-        table.erase(place, place + static_cast<ptrdiff_t>(
-                                       std::min<size_t>(below(8), table.size() - at - 1)));
-        break;
-      default:
-        if (below(4) == 0) table.resize(at + 1);
-        break;
-    }
-  }
-  return WithLength(table);
-}
-
-// The seeds and findings of the fuzz targets, each with the length that its bytes
-// have. Those of the texts begin with a byte that is not of the table.
-std::vector<Bytes> FuzzedTables() {
+// The seeds and findings of the fuzz targets, among them what real notebooks have been seen
+// to carry; each with the length that its bytes have. Those of the texts begin with a byte
+// that is not of the table.
+std::vector<Bytes> Tables() {
   std::vector<Bytes> tables;
   const std::filesystem::path seeds = SourceFolder() / "tests/fuzz/seeds";
   for (const auto& [folder, skip] : {std::pair{"smbios", 0}, std::pair{"systeminfo", 1}}) {
@@ -358,6 +221,7 @@ std::vector<Bytes> FuzzedTables() {
       if (bytes.size() > kHeader) tables.push_back(WithLength({bytes.begin(), bytes.end()}));
     }
   }
+  std::ranges::sort(tables);  // the folder's order is none
   return tables;
 }
 
@@ -370,8 +234,7 @@ class Dmidecode : public testing::Test {
 
 TEST_F(Dmidecode, ReadsOddTablesAsWeDo) {
   Counts counts;
-  for (const Bytes& table : OddTables()) Compare(table, counts);
-  for (const Bytes& table : FuzzedTables()) Compare(table, counts);
+  for (const Bytes& table : Tables()) Compare(table, counts);
   EXPECT_GT(counts.agreed, 200U);
   EXPECT_GT(counts.fcc_agreed, 20U);
   for (const char* reason :
@@ -381,11 +244,15 @@ TEST_F(Dmidecode, ReadsOddTablesAsWeDo) {
 }
 
 TEST_F(Dmidecode, ReadsDamagedTablesAsWeDo) {
-  const std::vector<Bytes> odd = OddTables();
+  const std::vector<Bytes> tables = Tables();
   std::mt19937 random(20261116);
   Counts counts;
   for (size_t i = 0; i < kDamagedTables && !HasFailure(); ++i) {
-    Compare(Damaged(odd[i % odd.size()], random), counts);
+    Bytes table = tables[i % tables.size()];
+    const Bytes structures = fuzz::Damaged(std::span(table).subspan(kHeader), random);
+    table.resize(kHeader);
+    table.insert(table.end(), structures.begin(), structures.end());
+    if (!structures.empty()) Compare(WithLength(table), counts);
   }
   EXPECT_GT(counts.agreed, kDamagedTables * 6) << "of 13 fields a table";
   EXPECT_GT(counts.fcc_agreed, kDamagedTables / 10);

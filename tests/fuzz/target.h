@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <random>
 #include <span>
 #include <string>
 #include <vector>
@@ -20,9 +21,13 @@ void Require(bool holds, const char* what);
 struct Registration {
   Registration(const char* name, Target target);
 };
-// The target of that name; with one registered, as under libFuzzer, any name will
-// do. Null when there is none.
+// The target of that name; with one registered, as under libFuzzer, any name
+// will do. Null when there is none.
 Target FindTarget(const std::string& name);
+
+// A copy with up to four changes: a byte, a few put in or taken out, the end
+// cut off. The same with every library.
+std::vector<uint8_t> Damaged(Bytes input, std::mt19937& random);
 
 // Takes an input apart from the front; what is missing reads as zero or empty.
 class Input {
