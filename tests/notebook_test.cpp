@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 
 #include "notebook/machine/code_page.h"
 #include "notebook/machine/virtual_files.h"
@@ -66,76 +68,37 @@ TEST(DelayPlan, AddsUpTheDelaysOfACall) {
   }
 }
 
-// The table of states of ControlServiceEx, and who may send what.
+// The table of states of ControlServiceEx, and who may send what: the state, the accepted
+// controls, whether a stop has been sent; then the controls with the manager's answers, "ok"
+// for one that is delivered.
+constexpr const char* kControlTable = R"(
+0 0x81 0  1=1062 4=1062 200=1062 14=0 5=0 127=87
+1 0x81 0  1=1062 2=1062 14=0
+2 0    0  1=1052 2=1061 4=1061 128=1061 14=0
+2 0x81 0  1=ok 4=1061 14=ok
+4 0x81 0  1=ok 2=1052 3=1052 4=ok 5=0 6=1052 10=1052 11=0 12=0 13=0 14=ok 15=0 16=0 17=87 32=0 64=0 128=ok 255=ok
+4 0xF7E 0 1=1052 2=ok 3=ok 5=ok 6=ok 7=ok 10=ok 11=0 12=ok 13=ok 14=0 15=ok 16=ok 32=ok 64=ok
+4 0x81 1  1=1061 4=1061 14=0
+6 0x81 0  1=ok 3=1052 4=ok 14=ok
+3 0x81 1  1=1061 4=1061 200=1061 14=0
+)";
+
 TEST(ControlRules, RefuseWhatTheManagerWouldRefuse) {
-  using namespace platform;
-  const auto answer = [](uint32_t control, uint32_t state, uint32_t accepted, bool stop_sent) {
-    const ManagedService service{
-        .status = {.dwCurrentState = state, .dwControlsAccepted = accepted},
-        .stop_sent = stop_sent};
-    const auto error = RefusalOf(control, service);
-    return error ? static_cast<int>(*error) : -1;  // -1: delivered
-  };
-  struct Row {
-    uint32_t state;
-    uint32_t accepted;
-    bool stop_sent;
-    std::map<uint32_t, int> answers;
-  };
-  const std::array rows{
-      Row{0, 0x81, false, {{1, 1062}, {4, 1062}, {200, 1062}, {14, 0}, {5, 0}, {127, 87}}},
-      Row{kServiceStopped, 0x81, false, {{1, 1062}, {2, 1062}, {14, 0}}},
-      Row{kServiceStartPending, 0, false, {{1, 1052}, {2, 1061}, {4, 1061}, {128, 1061}, {14, 0}}},
-      Row{kServiceStartPending, 0x81, false, {{1, -1}, {4, 1061}, {14, -1}}},
-      Row{kServiceRunning,
-          0x81,
-          false,
-          {{1, -1},
-           {2, 1052},
-           {3, 1052},
-           {4, -1},
-           {5, 0},
-           {6, 1052},
-           {10, 1052},
-           {11, 0},
-           {12, 0},
-           {13, 0},
-           {14, -1},
-           {15, 0},
-           {16, 0},
-           {17, 87},
-           {32, 0},
-           {64, 0},
-           {128, -1},
-           {255, -1}}},
-      Row{kServiceRunning,
-          0xF7E,
-          false,
-          {{1, 1052},
-           {2, -1},
-           {3, -1},
-           {5, -1},
-           {6, -1},
-           {7, -1},
-           {10, -1},
-           {11, 0},
-           {12, -1},
-           {13, -1},
-           {14, 0},
-           {15, -1},
-           {16, -1},
-           {32, -1},
-           {64, -1}}},
-      Row{kServiceRunning, 0x81, true, {{1, 1061}, {4, 1061}, {14, 0}}},
-      Row{kServicePausePending, 0x81, false, {{1, -1}, {3, 1052}, {4, -1}, {14, -1}}},
-      Row{kServiceStopPending, 0x81, true, {{1, 1061}, {4, 1061}, {200, 1061}, {14, 0}}},
-  };
-  for (const Row& row : rows) {
-    for (const auto& [control, expected] : row.answers) {
-      EXPECT_EQ(answer(control, row.state, row.accepted, row.stop_sent), expected)
-          << "control " << control << " in state " << row.state;
+  std::istringstream rows(kControlTable + 1);
+  int answers = 0;
+  for (std::string row; std::getline(rows, row);) {
+    std::istringstream cells(row);
+    ManagedService service;
+    cells >> service.status.dwCurrentState >> std::setbase(0) >>
+        service.status.dwControlsAccepted >> std::setbase(10) >> service.stop_sent;
+    for (std::string cell; cells >> cell; ++answers) {
+      const size_t equals = cell.find('=');
+      const auto error = RefusalOf(static_cast<uint32_t>(std::stoul(cell)), service);
+      EXPECT_EQ(error ? std::to_string(*error) : "ok", cell.substr(equals + 1))
+          << "control " << cell.substr(0, equals) << " in " << row;
     }
   }
+  EXPECT_EQ(answers, 61);
 }
 
 TEST(ModemModel, KeepsWhatItIsTold) {

@@ -123,12 +123,13 @@ Told TellWithItsLog(const Scenario& scenario) {
   return told;
 }
 
-Told TellWithFault(const Sound& sound, const Faulted& faulted) {
+void TellWithFault(const Sound& sound, Faulted& faulted) {
   const json document = WithFault(sound, faulted.fault);
   NoteReplay([document, name = sound.name + " " + faulted.Describe()] {
     return ReplayCommand(KeepFinding(name, document.dump(2)));
   });
-  return TellWithItsLog(Read(document));
+  faulted.scenario = Read(document);
+  faulted.told = TellWithItsLog(faulted.scenario);
 }
 
 bool IsPlanned(const Scenario& scenario, const std::string& call) {
@@ -184,7 +185,7 @@ SweepCounts Sweep(const Sound& sound, bool all, const std::function<void(const F
   const auto play = [&](const Fault& fault) {
     Faulted faulted{.fault = fault, .told = {}};
     if (!all && Hash(sound.name + faulted.Describe()) % kEveryFault != 0) return true;
-    faulted.told = TellWithFault(sound, faulted);
+    TellWithFault(sound, faulted);
     ++counts.stories;
     for (const FiredFault& fired : faulted.told.report.fired_faults) {
       if (fired.call == fault.call) faulted.fired.push_back(fired);

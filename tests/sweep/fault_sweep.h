@@ -30,6 +30,7 @@ struct Sound {
 // The same with one fault more.
 struct Faulted {
   Fault fault;
+  Scenario scenario{};
   Told told;
   std::vector<FiredFault> fired{};  // of `fault`; the scenario's own are left out
 

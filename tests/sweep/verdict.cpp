@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <regex>
 #include <set>
 
 #include "consequences.h"
 #include "lives/judging.h"
+#include "lives/status_rules.h"
 #include "notebook/scenario/scenario_text.h"
 #include "notebook/story/log_lines.h"
 #include "story_lines.h"
@@ -76,41 +76,21 @@ class Verdict {
     Expect(m_after.lines.empty() == off || (off && !read), "the log");
   }
 
-  // Each report on its own, then their order within each process.
+  // The rules of lives; and what they leave open to a story with a fault.
   void CheckStates() {
-    std::map<uint32_t, std::string> states;
-    std::map<uint32_t, uint32_t> check_points;
-    for (const StatusReport& report : m_report.status_reports) {
-      const auto& status = report.status;
-      const std::string state = std::to_string(status.dwCurrentState);
-      states[report.process] += state;
-      const bool settled = state == "4" || state == "1";
-      uint32_t& last = check_points[report.process];
-      const bool counted = settled ? status.dwCheckPoint == 0 : status.dwCheckPoint == last + 1;
-      Expect(counted || Is("SetServiceStatus"), "check point in state " + state);
-      if (!settled) last = status.dwCheckPoint;
-      Expect(status.dwControlsAccepted == (state == "2" ? 0U : 0x81U), "controls in " + state);
-      Expect(status.dwWaitHint == (state == "2" ? 1000U : 0U), "wait hint in state " + state);
-      Expect(status.dwServiceType == 16 && status.dwWin32ExitCode == 0 &&
-                 status.dwServiceSpecificExitCode == 0,
-             "the fixed members in state " + state);
-    }
-    static const std::regex permitted("2?(?:1|4[56]*(?:31?)?)?");
-    // A wait of the run loop that fails ends the service without a stop.
-    static const std::regex unwaited("24[56]*(?:31|13|1)?");
-    static const std::regex unreported("2?4?[56]*3?1?");
-    for (const auto& [process, sequence] : states) {
-      const bool fits =
-          std::regex_match(sequence, Is("SetServiceStatus") ? unreported : permitted) ||
-          (Is("WaitForSingleObject") && std::regex_match(sequence, unwaited));
-      Expect(fits && (sequence.front() == '2' || Is("SetServiceStatus")), "states " + sequence);
-      Expect(sequence != "21" || Is("CreateEventW"), "stopped without having run");
-    }
+    explore::Findings findings;
+    explore::CheckStatusReports(m_faulted.scenario, m_report, findings);
+    m_wrong.insert(m_wrong.end(), findings.Texts().begin(), findings.Texts().end());
+    const bool unheard = Is("SetServiceStatus") || Is("WaitForSingleObject") ||
+                         Is("RegisterServiceCtrlHandlerExW") || Is("StartServiceCtrlDispatcherW");
     for (const ProcessEnd& process : m_report.processes) {
-      const bool unheard = Is("SetServiceStatus") || Is("WaitForSingleObject") ||
-                           Is("RegisterServiceCtrlHandlerExW") || Is("StartServiceCtrlDispatcherW");
-      Expect(process.how != ProcessEnd::How::kReturned || unheard ||
-                 states[process.process].ends_with('1'),
+      std::string states;
+      for (const StatusReport& report : m_report.status_reports) {
+        if (report.process == process.process)
+          states += std::to_string(report.status.dwCurrentState);
+      }
+      Expect(states != "21" || Is("CreateEventW"), "stopped without having run");
+      Expect(process.how != ProcessEnd::How::kReturned || unheard || states.ends_with('1'),
              "a process that returns has not reported stopped");
     }
   }
