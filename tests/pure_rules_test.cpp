@@ -18,27 +18,27 @@ namespace nuvelta::test {
 namespace {
 
 using namespace std::string_literals;
-using Bytes = std::string;
+using Octets = std::string;
 // Sized exactly, so that a sanitizer sees any read past the end.
-std::vector<std::byte> Exact(const Bytes& bytes) {
+std::vector<std::byte> Exact(const Octets& bytes) {
   const auto* first = reinterpret_cast<const std::byte*>(bytes.data());
   return {first, first + bytes.size()};
 }
-void Put(Bytes& bytes, size_t offset, auto number) {
+void Put(Octets& bytes, size_t offset, auto number) {
   std::memcpy(&bytes.at(offset), &number, sizeof number);
 }
-Bytes Table(const Bytes& structures, size_t claimed) {
-  Bytes table("\x01\x02\x03\x04\0\0\0\0"s + structures);
+Octets Table(const Octets& structures, size_t claimed) {
+  Octets table("\x01\x02\x03\x04\0\0\0\0"s + structures);
   Put(table, 4, static_cast<uint32_t>(claimed));
   return table;
 }
 // `rest` is what follows the formatted area.
-Bytes Structure(int type, int length, const Bytes& rest = "\0\0"s) {
-  const Bytes header{static_cast<char>(type), static_cast<char>(length)};
-  return header + Bytes(static_cast<size_t>(std::max(length - 2, 0)), '\x11') + rest;
+Octets Structure(int type, int length, const Octets& rest = "\0\0"s) {
+  const Octets header{static_cast<char>(type), static_cast<char>(length)};
+  return header + Octets(static_cast<size_t>(std::max(length - 2, 0)), '\x11') + rest;
 }
-const Bytes kMarker = "\x01NUVELTAFCCMODE";
-Bytes Fcc(const Bytes& content, const Bytes& closing = "\0\0"s) {
+const Octets kMarker = "\x01NUVELTAFCCMODE";
+Octets Fcc(const Octets& content, const Octets& closing = "\0\0"s) {
   return "\x85\x05\x22\x22" + content + closing;
 }
 bool IsFcc(const SmbiosTable& table) {
@@ -48,8 +48,8 @@ bool IsFcc(const SmbiosTable& table) {
 }
 
 TEST(SmbiosRules, ResolveStrings) {
-  const Bytes set = "a\0bc\0\0"s, next = set + "\x7f\x04xy\0\0"s;
-  using Case = std::tuple<Bytes, uint8_t, Bytes>;
+  const Octets set = "a\0bc\0\0"s, next = set + "\x7f\x04xy\0\0"s;
+  using Case = std::tuple<Octets, uint8_t, Octets>;
   for (const auto& [rest, number, text] :
        {Case{set, 0, ""}, Case{set, 1, "a"}, Case{set, 2, "bc"}, Case{set, 3, ""},
         Case{set, 255, ""}, Case{"\0\0b\0"s, 2, ""}, Case{"", 1, ""}, Case{next, 4, "\x7f\x04xy"},
@@ -66,15 +66,15 @@ TEST(SmbiosRules, ResolveStrings) {
 }
 
 TEST(SmbiosRules, FindTheFccMarker) {
-  Bytes lower = kMarker, last = kMarker, compared = kMarker, binary = kMarker;
+  Octets lower = kMarker, last = kMarker, compared = kMarker, binary = kMarker;
   std::ranges::transform(lower, lower.begin(), ToLower);
   last[14] = compared[13] = '?', binary[0] = '!';
-  const auto is_fcc = [](const Bytes& bytes) { return IsFcc(SmbiosTable(Exact(bytes))); };
-  const Bytes fcc = Fcc(kMarker), other = Structure(133, 6), none = Structure(1, 0, "\0"s);
-  for (const Bytes& bytes :
+  const auto is_fcc = [](const Octets& bytes) { return IsFcc(SmbiosTable(Exact(bytes))); };
+  const Octets fcc = Fcc(kMarker), other = Structure(133, 6), none = Structure(1, 0, "\0"s);
+  for (const Octets& bytes :
        {fcc, Fcc(lower), Fcc(last), Structure(1, 27) + fcc, fcc + other, none + fcc})
     EXPECT_TRUE(is_fcc(Table(bytes, 999))) << bytes;
-  for (const Bytes& bytes :
+  for (const Octets& bytes :
        {Fcc(compared), Fcc(binary), Fcc(kMarker.substr(0, 14)), Fcc(kMarker + 'E'),
         Fcc(kMarker, "\0"s), Fcc("\x01OTHER") + fcc, other + fcc})
     EXPECT_FALSE(is_fcc(Table(bytes, 999))) << bytes;
@@ -83,11 +83,12 @@ TEST(SmbiosRules, FindTheFccMarker) {
   EXPECT_TRUE(is_fcc(Table(fcc, fcc.size() - 1)));
   EXPECT_FALSE(is_fcc(Table(fcc.substr(0, fcc.size() - 1), fcc.size())));
 }
-Bytes Utf16(std::u16string_view text) {
+Octets Utf16(std::u16string_view text) {
   return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
 }
-Bytes Record(uint32_t number, const Bytes& after = Utf16(u"Wlclntfy\0PC\0"s), uint16_t type = 4) {
-  Bytes record = Bytes(56, '\x33') + after;
+Octets EventRecord(uint32_t number, const Octets& after = Utf16(u"Wlclntfy\0PC\0"s),
+                   uint16_t type = 4) {
+  Octets record = Octets(56, '\x33') + after;
   for (const uint32_t member : {2U, 3U, 4U, 5U})
     Put(record, size_t{member} * 4, number * 10 + member);
   Put(record, 8, number), Put(record, 24, type);
@@ -95,23 +96,25 @@ Bytes Record(uint32_t number, const Bytes& after = Utf16(u"Wlclntfy\0PC\0"s), ui
   return record;
 }
 // The number of the record found; 0 for none.
-uint32_t Found(const Bytes& records) {
+uint32_t Found(const Octets& records) {
   const auto record = FindLogonRecord(Exact(records));
   return record ? record->RecordNumber : 0;
 }
 
 TEST(LogonRecordRules, WalkTheRecords) {
-  const Bytes good = Record(7), unended = Record(1, Utf16(u"Wlclntfy")), bad = Record(1, "", 2);
-  const Bytes source = Utf16(u"Wlclntfy\0"s);
-  EXPECT_EQ(Found(Record(9) + good), 9U);
-  for (const Bytes& first : {bad, unended, Record(1, Utf16(u"WlClntfy\0"s)), Record(1, source, 2),
-                             Record(1, source, 0x104), Record(1, Utf16(u"Wlclntfy2\0"s)),
-                             Record(1, Utf16(u"Wlclntfy") + '\0')})
+  const Octets good = EventRecord(7), unended = EventRecord(1, Utf16(u"Wlclntfy")),
+               bad = EventRecord(1, "", 2);
+  const Octets source = Utf16(u"Wlclntfy\0"s);
+  EXPECT_EQ(Found(EventRecord(9) + good), 9U);
+  for (const Octets& first :
+       {bad, unended, EventRecord(1, Utf16(u"WlClntfy\0"s)), EventRecord(1, source, 2),
+        EventRecord(1, source, 0x104), EventRecord(1, Utf16(u"Wlclntfy2\0"s)),
+        EventRecord(1, Utf16(u"Wlclntfy") + '\0')})
     EXPECT_EQ(Found(first + good), 7U) << first;
-  Bytes zero = bad, few = bad.substr(0, 55), beyond = good;
+  Octets zero = bad, few = bad.substr(0, 55), beyond = good;
   Put(zero, 0, 0U), Put(few, 0, 55U);
   Put(beyond, 0, static_cast<uint32_t>(good.size() + 1));
-  for (const Bytes& records :
+  for (const Octets& records :
        {zero + good, few + good, beyond, good.substr(0, 55), unended + "\0\0"s, ""s})
     EXPECT_EQ(Found(records), 0U) << records;
   const LogonRecord record = FindLogonRecord(Exact(good)).value();

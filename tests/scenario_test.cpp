@@ -18,15 +18,15 @@
 namespace nuvelta::virtual_notebook {
 namespace {
 
-const std::string kRoot = test::SourceFolder();
+const std::string kSources = test::SourceFolder();
 
 Scenario Read(const std::string& text) {
-  return ReadScenarioText(text, "x.json", kRoot + "/scenarios");
+  return ReadScenarioText(text, "x.json", kSources + "/scenarios");
 }
 
 // A scenario that uses every key.
 std::string EveryKey() {
-  std::ifstream file(kRoot + "/tests/data/every_key.json");
+  std::ifstream file(kSources + "/tests/data/every_key.json");
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -12,12 +12,12 @@ using namespace virtual_notebook;
 using namespace std::chrono_literals;
 using Mode = Scheduler::Mode;
 
-constexpr Nanoseconds kStart = 1'000'000'000s;
+constexpr Nanoseconds kFirstMoment = 1'000'000'000s;
 
-struct Desk {
-  explicit Desk(Mode mode = Mode::kDeterministic, uint64_t seed = 1)
-      : scheduler(mode, seed, kStart) {}
-  Nanoseconds Passed() const { return scheduler.Now() - kStart; }
+struct ThreadDesk {
+  explicit ThreadDesk(Mode mode = Mode::kDeterministic, uint64_t seed = 1)
+      : scheduler(mode, seed, kFirstMoment) {}
+  Nanoseconds Passed() const { return scheduler.Now() - kFirstMoment; }
 
   Scheduler scheduler;
   FaultPlan faults{{}};
@@ -37,12 +37,12 @@ struct Turnstile final : Waitable {
   std::string Describe() const override { return "the turnstile"; }
 };
 
-void ForBothModes(const std::function<void(Desk&)>& body) {
+void ForBothModes(const std::function<void(ThreadDesk&)>& body) {
   for (const Mode mode : {Mode::kDeterministic, Mode::kFree}) {
     for (uint64_t seed = 1; seed <= 8; ++seed) {
       SCOPED_TRACE((mode == Mode::kFree ? "free, seed " : "deterministic, seed ") +
                    std::to_string(seed));
-      Desk desk(mode, seed);
+      ThreadDesk desk(mode, seed);
       body(desk);
     }
   }
@@ -50,7 +50,7 @@ void ForBothModes(const std::function<void(Desk&)>& body) {
 
 TEST(Scheduler, RepeatsTheOrderOfTurnsOfASeed) {
   const auto turns = [](uint64_t seed) {
-    Desk desk(Mode::kDeterministic, seed);
+    ThreadDesk desk(Mode::kDeterministic, seed);
     std::vector<uint32_t> order;
     for (int i = 0; i < 4; ++i) {
       desk.scheduler.Spawn("turn", 1, [&] {
@@ -74,7 +74,7 @@ TEST(Scheduler, RepeatsTheOrderOfTurnsOfASeed) {
 }
 
 TEST(Scheduler, JumpsToTheNextDueMoment) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     const auto real = std::chrono::steady_clock::now();
     std::mutex mutex;
     std::vector<Nanoseconds> woken;
@@ -101,7 +101,7 @@ TEST(Scheduler, JumpsToTheNextDueMoment) {
 }
 
 TEST(Scheduler, LetsOneWaiterThroughATurnstile) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     Turnstile turnstile;
     std::atomic<uint32_t> through{0};
     std::atomic<int> timed_out{0};
@@ -128,7 +128,7 @@ TEST(Scheduler, LetsOneWaiterThroughATurnstile) {
 }
 
 TEST(Scheduler, KeepsOthersOutOfACriticalSection) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     VirtualThreads threads(desk.context);
     const auto section = threads.InitializeCriticalSectionAndSpinCount(0);
     std::atomic<int> inside{0};
@@ -155,7 +155,7 @@ TEST(Scheduler, KeepsOthersOutOfACriticalSection) {
 }
 
 TEST(Scheduler, TellsTheRestOfAllOthers) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     Turnstile gate;
     desk.scheduler.Spawn("watcher", 0, [&] {
       EXPECT_TRUE(desk.scheduler.WaitForRest(1h));
@@ -176,9 +176,9 @@ TEST(Scheduler, TellsTheRestOfAllOthers) {
 }
 
 TEST(Scheduler, CutsWaitsShortWhenItIsNotToGoOn) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     std::atomic<bool> over = false;
-    desk.scheduler.AskWhetherToGoOn([](Nanoseconds now) { return now < kStart + 5s; });
+    desk.scheduler.AskWhetherToGoOn([](Nanoseconds now) { return now < kFirstMoment + 5s; });
     desk.scheduler.Spawn("director", 0, [&] {
       desk.scheduler.SleepUnlessCutShort(1h);
       EXPECT_TRUE(desk.scheduler.CutShort());
@@ -202,7 +202,7 @@ TEST(Scheduler, UnwindsTheThreadsOfAKilledProcess) {
       ++left;
     }
   };
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     Turnstile closed;
     std::atomic<int> left{0};
     std::atomic<int> swallowed{0};
@@ -251,7 +251,7 @@ TEST(Scheduler, UnwindsTheThreadsOfAKilledProcess) {
 }
 
 TEST(Scheduler, NamesWhoIsStuckAndWhatEscaped) {
-  ForBothModes([](Desk& desk) {
+  ForBothModes([](ThreadDesk& desk) {
     VirtualThreads threads(desk.context);
     const auto one = threads.InitializeCriticalSectionAndSpinCount(0);
     const auto two = threads.InitializeCriticalSectionAndSpinCount(0);

@@ -9,8 +9,6 @@
 namespace nuvelta::test {
 namespace {
 
-Told TellShipped(const std::string& name) { return Tell(Shipped(name)); }
-
 // "state/check point/wait hint/controls" of each report.
 std::string Reports(const StoryReport& report) {
   std::string text;

@@ -11,8 +11,6 @@
 namespace nuvelta::test {
 namespace {
 
-Told TellShipped(const std::string& name) { return Tell(Shipped(name)); }
-
 // Milliseconds of the day.
 int Milliseconds(const std::string& time) {
   const auto part = [&](size_t at, size_t size) { return std::stoi(time.substr(at, size)); };

@@ -51,6 +51,7 @@ Scenario Shipped(const std::string& name);
 Scenario Inline(std::string json);
 
 Told Tell(const Scenario& scenario, std::optional<uint64_t> seed = {});
+inline Told TellShipped(const std::string& name) { return Tell(Shipped(name)); }
 StoryReport TellFreely(const Scenario& scenario);
 
 // "00 01000000 00*3": the commands' bytes, queries and sets, repetitions counted.

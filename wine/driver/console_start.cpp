@@ -13,8 +13,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr auto kPatience = 60s;
-constexpr DWORD kPatienceMs = 60000;
+constexpr auto kConsolePatience = 60s;
+constexpr DWORD kConsolePatienceMs = 60000;
 
 // Keeps the manager from starting services. It would take any process that asks
 // for a dispatcher meanwhile for the service that it starts.
@@ -24,7 +24,8 @@ class NoStarts {
     const auto begin = Clock::now();
     while ((m_lock = LockServiceDatabase(m_manager.get())) == nullptr) {
       // Its own services come first when Wine has just been started.
-      if (GetLastError() != ERROR_SERVICE_DATABASE_LOCKED || Clock::now() - begin > kPatience) {
+      if (GetLastError() != ERROR_SERVICE_DATABASE_LOCKED ||
+          Clock::now() - begin > kConsolePatience) {
         throw std::runtime_error("the service database cannot be locked: error " +
                                  std::to_string(GetLastError()));
       }
@@ -55,7 +56,7 @@ DWORD RunOnConsole(const std::filesystem::path& executable) {
   }
   const Handle thread(made.hThread);
   const Handle process(made.hProcess);
-  if (WaitForSingleObject(process.get(), kPatienceMs) != WAIT_OBJECT_0) {
+  if (WaitForSingleObject(process.get(), kConsolePatienceMs) != WAIT_OBJECT_0) {
     TerminateProcess(process.get(), 1);
     throw std::runtime_error("the program does not end");
   }
