@@ -4,11 +4,13 @@
 #include <optional>
 #include <regex>
 
+#include "support/line_kinds.h"
+
 namespace nuvelta::explore {
 
-using story::Contains;
-using story::Fits;
-using story::NumberBehind;
+using support::Fits;
+using support::LineKind;
+using support::NumberBehind;
 
 namespace {
 
@@ -102,7 +104,8 @@ std::optional<char> LetterOf(std::string_view text) {
 void DecisionRules::Take(const LogLine& line) {
   static const std::regex setting(kSetting);
   static const std::regex runs(kRuns);
-  if (line.text == story::kRunBegins || Contains(line.text, story::kProcessBegins)) {
+  const LineKind kind = support::MeaningOf(line.text).kind;
+  if (kind == LineKind::kRunBegins || kind == LineKind::kProcessBegins) {
     m_worker = line.thread;
     m_run.clear();
     m_answer.reset();
@@ -116,7 +119,7 @@ void DecisionRules::Take(const LogLine& line) {
   }
   if (const auto answer = NumberBehind(line.text, "cfun mode = ")) m_answer = answer;
   if (const auto letter = LetterOf(line.text)) m_run += *letter;
-  if (!Contains(line.text, story::kRunEnded)) return;
+  if (kind != LineKind::kRunEnds) return;
   if (!std::regex_match(m_run, runs)) m_findings.Add("log: no run goes \"" + m_run + '"');
   m_worker = {};
 }

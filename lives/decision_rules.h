@@ -8,11 +8,11 @@
 #include <string_view>
 
 #include "lives/findings.h"
-#include "notebook/story/log_lines.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::explore {
 
-using story::LogLine;
+using support::LogLine;
 
 class DecisionRules {
  public:

@@ -10,7 +10,7 @@
 #include "lives/status_rules.h"
 #include "lives/task_rules.h"
 #include "lives/trace_rules.h"
-#include "notebook/story/log_lines.h"
+#include "support/log_lines.h"
 #include "notebook/story/story.h"
 #include "notebook/story/temporary_folder.h"
 
@@ -93,7 +93,7 @@ void CheckLogText(const std::string& log, bool free_running, Findings& findings)
   TraceRules traces(findings);
   TaskRules tasks(findings, free_running ? TaskRules::Order::kLoose : TaskRules::Order::kExact);
   DecisionRules decisions(findings);
-  for (const LogLine& line : story::ParseLog(log)) {
+  for (const LogLine& line : support::ParseLog(log)) {
     traces.Take(line);
     tasks.Take(line);
     decisions.Take(line);

@@ -6,10 +6,12 @@
 #include <string>
 
 #include "lives/task_watch.h"
+
 namespace nuvelta::explore {
 
-using story::Contains;
-using story::NumberBehind;
+using support::Contains;
+using support::LineKind;
+using support::NumberBehind;
 
 namespace {
 
@@ -88,7 +90,7 @@ void TaskRules::EndRun() {
 
 void TaskRules::TakeRun(const LogLine& line) {
   const std::string_view text = line.text;
-  if (text == story::kRunBegins) BeginRun(line.thread);
+  if (m_kind == LineKind::kRunBegins) BeginRun(line.thread);
   if (!m_running || line.thread != m_worker) return;
   if (text == "h : + CMbnWinRtHelper::GetMbimCfun") m_at_commands = true;
   if (Contains(text, ":   exception ") && m_at_commands) m_raised = true;
@@ -104,14 +106,14 @@ void TaskRules::TakeRun(const LogLine& line) {
 
 void TaskRules::TakeWorker(std::string_view text) {
   const int64_t slack = m_loose ? kLooseSlack : 0;
-  if (Contains(text, story::kRunEnded)) {
+  if (m_kind == LineKind::kRunEnds) {
     EndRun();
-  } else if (Contains(text, story::kRetried)) {
+  } else if (m_kind == LineKind::kRetry) {
     Expect(m_ended && m_wants_retry, "a retry that no run asked for");
     ExpectBudget(NumberBehind(text, ",retry times(").value_or(INT32_MIN), slack);
     if (m_task) --m_task->retry_times;
     m_ended = false;
-  } else if (Contains(text, story::kGivenUp)) {
+  } else if (m_kind == LineKind::kGiveUp) {
     const int64_t times = NumberBehind(text, ",retry times(").value_or(INT32_MAX);
     ExpectBudget(times, slack);
     Expect(times <= 0, "given up with a budget");
@@ -120,14 +122,21 @@ void TaskRules::TakeWorker(std::string_view text) {
     Expect(m_task && (m_given_up || (m_ended && !m_wants_retry)), "removed before its end");
     m_task.reset();
     m_given_up = m_ended = false;
-  } else if (text == "i :   CommonUtil::RestartService();") {
+  } else if (m_kind == LineKind::kRestartBegins) {
     Expect(m_task && m_task->exceptions > kMostExceptions, "a restart without four exceptions");
   }
 }
 
+// A process knows nothing of the one before.
+void TaskRules::Begin() {
+  const LineKind kind = m_kind;
+  *this = TaskRules(*m_findings, m_loose ? Order::kLoose : Order::kExact);
+  m_kind = kind;
+}
+
 void TaskRules::Take(const LogLine& line) {
-  if (Contains(line.text, story::kProcessBegins))
-    *this = TaskRules(*m_findings, m_loose ? Order::kLoose : Order::kExact);
+  m_kind = support::MeaningOf(line.text).kind;
+  if (m_kind == LineKind::kProcessBegins) Begin();
   m_text = line.text;
   TakeQueue(line.text);
   TakeRun(line);

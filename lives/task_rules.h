@@ -7,11 +7,12 @@
 #include <string_view>
 
 #include "lives/findings.h"
-#include "notebook/story/log_lines.h"
+#include "support/line_kinds.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::explore {
 
-using story::LogLine;
+using support::LogLine;
 
 class TaskRules {
  public:
@@ -30,6 +31,7 @@ class TaskRules {
     int exceptions = 0;
   };
 
+  void Begin();
   void TakeQueue(std::string_view text);
   void TakeRun(const LogLine& line);
   void TakeWorker(std::string_view text);
@@ -41,6 +43,7 @@ class TaskRules {
   Findings* m_findings;
   bool m_loose;
   std::string_view m_text;  // the line at hand
+  support::LineKind m_kind{};
   std::optional<Task> m_task;
   bool m_level = false;        // the queue's one level exists
   bool m_cleaned = false;      // since the last printed list

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "support/line_kinds.h"
+
 namespace nuvelta::explore {
 
 namespace {
@@ -88,7 +90,7 @@ void TraceRules::Finish() {
 }
 
 void TraceRules::Take(const LogLine& line) {
-  if (story::Contains(line.text, story::kProcessBegins)) {
+  if (support::MeaningOf(line.text).kind == support::LineKind::kProcessBegins) {
     Finish();
     // The retention's thread starts with the logger, before the first line is written.
     std::erase_if(m_threads, [](const auto& entry) {

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "lives/findings.h"
-#include "notebook/story/log_lines.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::explore {
 
-using story::LogLine;
+using support::LogLine;
 
 class TraceRules {
  public:

@@ -122,21 +122,6 @@ TEST(LogPrinter, PrintsWholeLinesWithoutColourIntoAFile) {
   std::fclose(out);
 }
 
-TEST(LogCounts, CountsTheMarksOfWork) {
-  const LogCounts counts = CountLog(
-      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask TASK_TYPE_AUTH\r\n"
-      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask TASK_TYPE_AUTH\r\n"
-      "i : CTaskFactory createTask TASK_TYPE_AUTH\r\ni : CTaskFactory createTask OTHER\r\n"
-      "i : x Cast Time 1\r\ni : x Cast Time 2\r\ni : x Cast Time 3\r\ni : x Cast Time 4\r\n"
-      "i : t retry deal task : 1\r\ni : t retry deal task : 2\r\ni : t retry deal task : 3\r\n"
-      "i : 0 <=0 ,give up the Task a\r\ni : 0 <=0 ,give up the Task b\r\n");
-  EXPECT_EQ(counts.triggers, 5U);
-  EXPECT_EQ(counts.runs, 4U);
-  EXPECT_EQ(counts.retries, 3U);
-  EXPECT_EQ(counts.give_ups, 2U);
-  EXPECT_EQ(CountLog("").runs, 0U);
-}
-
 TEST(FolderNames, AreDistinctAndLeaveEachFileItsOwnName) {
   EXPECT_EQ(
       FolderNames({"a/x.json", "b/x.json", "-", "x-2.json", "a/x.json", "c/standard_input"}),

@@ -6,14 +6,14 @@
 
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/scenario/scenario_text.h"
-#include "notebook/story/log_lines.h"
+#include "support/log_lines.h"
 #include "replay.h"
 #include "source_folder.h"
 
 namespace nuvelta::test {
 
 namespace fs = std::filesystem;
-using story::Contains;
+using support::Contains;
 
 namespace {
 
@@ -60,7 +60,7 @@ std::string Numbered(const std::vector<std::string_view>& lines, size_t from, si
 }  // namespace
 
 std::vector<Record> Told::Records() const {
-  const std::vector<story::LogLine> lines = story::ParseLog(log);
+  const std::vector<support::LogLine> lines = support::ParseLog(log);
   if (!log.empty() && !log.ends_with("\r\n")) {
     throw std::runtime_error("the log's last line has no end");
   }
@@ -68,8 +68,9 @@ std::vector<Record> Told::Records() const {
     throw std::runtime_error("no log line: " + log.substr(0, log.find('\n')));
   }
   std::vector<Record> records;
-  for (const auto& [time, thread, text] : lines) {
-    records.push_back({std::string(time), std::string(thread), std::string(text)});
+  for (const support::LogLine& line : lines) {
+    records.push_back(
+        {std::string(line.time), std::string(line.thread), std::string(line.text)});
   }
   return records;
 }

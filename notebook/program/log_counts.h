@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "support/line_kinds.h"
+
 namespace nuvelta::story {
 
 struct LogCounts {
@@ -12,7 +14,8 @@ struct LogCounts {
   uint32_t retries = 0;
   uint32_t give_ups = 0;
 
-  LogCounts& operator+=(const LogCounts& other);
+  // One line of the log.
+  void Add(support::LineKind kind);
 };
 
 LogCounts CountLog(std::string_view log);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include "notebook/story/text_shape.h"
+#include "support/text_shape.h"
 
 namespace nuvelta::story {
 
@@ -84,7 +84,7 @@ void LogPrinter::Print(const std::string& text) {
 std::string LogPrinter::Shown(std::string line) {
   if (line.ends_with('\r')) line.pop_back();
   // A line without a head goes on with the message before it.
-  if (BeginsWithShape(line, kHead)) m_line_colour = ColourOf(line[kHead.size()]);
+  if (support::BeginsWithShape(line, kHead)) m_line_colour = ColourOf(line[kHead.size()]);
   const std::string shown = FromLogCodePage(line);
   const bool colour = m_colour && *m_line_colour != '\0';
   return colour ? m_line_colour + shown + kReset + "\n" : shown + "\n";

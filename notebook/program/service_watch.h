@@ -17,7 +17,9 @@ class ServiceWatch final : public LogListenerForSimulation {
   ServiceWatch(const ServiceWatch&) = delete;
   ServiceWatch& operator=(const ServiceWatch&) = delete;
 
-  void OnMessage(std::string_view message) override { m_counts += CountLog(message); }
+  void OnMessage(std::string_view message) override {
+    m_counts.Add(support::MeaningOfMessage(message).kind);
+  }
   void OnLost(const std::string& why) override;
 
   // Once the story has ended.

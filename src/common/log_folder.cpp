@@ -15,14 +15,13 @@ namespace nuvelta {
 namespace {
 
 constexpr const char* kProductFolder = "\\Nuvelta Wireless Inc\\MAService";
-constexpr const char* kFamily = "HX2208GW";
 
 }  // namespace
 
 std::string BuildLogFolderPath() {
   std::array<char, platform::kMaxPath> path{};
   const std::string root = platform::Os().environment->GetVariable("programdata");
-  std::snprintf(path.data(), path.size(), "%s%s\\%s", root.c_str(), kProductFolder, kFamily);
+  std::snprintf(path.data(), path.size(), "%s%s\\%s", root.c_str(), kProductFolder, kLogProgram);
   return path.data();
 }
 
@@ -31,7 +30,7 @@ std::string BuildLogFilePath(const std::string& folder) {
   const std::tm local = clock.localtime(clock.time());
   std::array<char, platform::kMaxPath> name{};
   std::snprintf(name.data(), name.size(), "%s%s_%04d-%02d-%02d_%02d.%02d.%02d%s", kLogFilePrefix,
-                kFamily, local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                kLogProgram, local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
                 local.tm_min, local.tm_sec, kLogFileSuffix);
   std::array<char, platform::kMaxPath> path{};
   std::snprintf(path.data(), path.size(), "%s\\%s", folder.c_str(), name.data());

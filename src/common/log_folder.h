@@ -6,6 +6,8 @@
 namespace nuvelta {
 
 inline constexpr const char* kLogFilePrefix = "nuvelta_maservice_monitor_";
+// Between prefix and time of a log file's name, and the name of the folder.
+inline constexpr const char* kLogProgram = "HX2208GW";
 inline constexpr const char* kLogFileSuffix = ".log";
 
 // The folder below the environment variable "programdata", without a trailing

@@ -9,7 +9,7 @@
 #include "lives/judging.h"
 #include "lives/status_rules.h"
 #include "notebook/scenario/scenario_text.h"
-#include "notebook/story/log_lines.h"
+#include "support/log_lines.h"
 #include "story_lines.h"
 
 namespace nuvelta::test {
@@ -174,7 +174,7 @@ class Verdict {
       if (row.lines.empty() || (row.without_trace && without_trace)) return true;
       return row.scope == scope && row.lines.size() <= following.size() &&
              std::ranges::equal(row.lines, std::span(following).first(row.lines.size()),
-                                [](auto& line, auto& text) { return story::Fits(text, line); });
+                                [](auto& line, auto& text) { return support::Fits(text, line); });
     };
     const auto row = std::ranges::find_if(Consequences(), fits);
     if (row != Consequences().end()) return (m_row = &*row)->outcome;

@@ -3,7 +3,8 @@
 #include <map>
 #include <regex>
 
-#include "notebook/story/log_lines.h"
+#include "support/line_kinds.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::wine_notebook {
 
@@ -61,13 +62,13 @@ struct RawRecord {
 };
 
 std::vector<RawRecord> Split(std::string_view log) {
-  const std::vector<story::LogLine> lines = story::ParseLog(log);
+  const std::vector<support::LogLine> lines = support::ParseLog(log);
   std::vector<RawRecord> records;
   // What no record owns, and a last line without an end, are differences too.
   const auto owned =
       lines.empty() ? log.size() : static_cast<size_t>(lines.front().time.data() - log.data());
   if (owned > 0) records.push_back({"", Comparable(std::string(log.substr(0, owned)))});
-  for (const story::LogLine& line : lines) {
+  for (const support::LogLine& line : lines) {
     const bool ends = &line != &lines.back() || log.ends_with('\n');
     records.push_back(
         {std::string(line.thread), Comparable(std::string(line.text) + (ends ? "\n" : ""))});
@@ -80,7 +81,7 @@ std::vector<RawRecord> Split(std::string_view log) {
 size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
   for (size_t i = first; i > 0; --i) {
     if (records[i - 1].thread != records[first - 1].thread) break;
-    if (story::Contains(records[i - 1].text, kRetentionBegins)) return i - 1;
+    if (support::Contains(records[i - 1].text, kRetentionBegins)) return i - 1;
   }
   return first;
 }
@@ -89,7 +90,7 @@ size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
 std::vector<size_t> Begins(const std::vector<RawRecord>& records) {
   std::vector<size_t> begins;
   for (size_t i = 0; i < records.size(); ++i) {
-    if (story::Contains(records[i].text, story::kProcessBegins)) {
+    if (support::MeaningOf(records[i].text).kind == support::LineKind::kProcessBegins) {
       begins.push_back(BeginOfProcess(records, i));
     }
   }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace nuvelta::story {
+namespace nuvelta::support {
 
 // Whether `text` begins with the shape.
 inline bool BeginsWithShape(std::string_view text, std::string_view shape) {
@@ -19,4 +19,4 @@ inline bool BeginsWithShape(std::string_view text, std::string_view shape) {
          std::ranges::equal(text.substr(0, shape.size()), shape, fits);
 }
 
-}  // namespace nuvelta::story
+}  // namespace nuvelta::support

@@ -1,0 +1,134 @@
+#include "support/log_lines.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "support/text_shape.h"
+
+namespace nuvelta::support {
+
+namespace {
+
+constexpr std::string_view kShape = "dddd-dd-dd dd:dd:dd.ddd xxxxxxxx ";
+constexpr size_t kTimeLength = 23;
+constexpr size_t kThreadLength = 8;
+// The logger cuts a message at 4095 characters; what goes on much longer is none of its.
+constexpr size_t kLongestRecord = 65536;
+
+enum class Begins { kYes, kNo, kTooFewBytes };
+
+Begins BeginsRecord(std::string_view rest, bool finished) {
+  // Most lines inside of a record are told by their first byte.
+  if (!rest.empty() && (rest.front() < '0' || rest.front() > '9')) return Begins::kNo;
+  if (rest.size() < kShape.size()) return finished ? Begins::kNo : Begins::kTooFewBytes;
+  return BeginsWithShape(rest, kShape) ? Begins::kYes : Begins::kNo;
+}
+
+LogLine MakeLine(std::string_view record, uint64_t number) {
+  if (record.ends_with("\r\n")) record.remove_suffix(2);
+  return {.time = record.substr(0, kTimeLength),
+          .thread = record.substr(kTimeLength + 1, kThreadLength),
+          .text = record.substr(kShape.size()),
+          .number = number};
+}
+
+// Where the record at the front of `rest` ends: behind the last line that belongs to it.
+// None when that is still to come.
+std::optional<size_t> EndOfRecord(std::string_view rest, bool finished, uint64_t& lines) {
+  for (size_t at = kShape.size(); at < kLongestRecord;) {
+    const size_t end = rest.find('\n', at);
+    if (end == std::string_view::npos) break;
+    ++lines;
+    at = end + 1;
+    switch (BeginsRecord(rest.substr(at), finished)) {
+      case Begins::kYes:
+        return at;
+      case Begins::kTooFewBytes:
+        return std::nullopt;
+      case Begins::kNo:
+        break;
+    }
+  }
+  if (rest.size() >= kLongestRecord) return kLongestRecord;
+  if (!finished) return std::nullopt;
+  return rest.size();
+}
+
+}  // namespace
+
+void LogSplitter::Feed(std::string_view bytes) {
+  m_bytes.erase(0, m_at);
+  m_at = 0;
+  m_bytes += bytes;
+  if (!bytes.empty()) m_last = bytes.back();
+}
+
+// Skips the line at hand, which belongs to no record. False when its end is still to come.
+bool LogSplitter::SkipStray() {
+  const std::string_view rest = Rest();
+  const size_t end = rest.find('\n');
+  if (!m_inside) ++m_strays;
+  m_inside = end == std::string_view::npos;
+  m_at += m_inside ? rest.size() : end + 1;
+  m_number += m_inside ? 0 : 1;
+  return !m_inside;
+}
+
+bool LogSplitter::Next(LogLine& line) {
+  while (m_at < m_bytes.size()) {
+    const std::string_view rest = Rest();
+    const Begins begins = m_inside ? Begins::kNo : BeginsRecord(rest, m_finished);
+    if (begins == Begins::kTooFewBytes) return false;
+    if (begins == Begins::kNo) {
+      if (!SkipStray()) return false;
+      continue;
+    }
+    uint64_t lines = 0;
+    const std::optional<size_t> end = EndOfRecord(rest, m_finished, lines);
+    if (!end) return false;
+    line = MakeLine(rest.substr(0, *end), m_number);
+    m_number += lines;
+    m_at += *end;
+    // A record that was cut: what follows up to its line end is no record's.
+    m_inside = *end == kLongestRecord && rest[*end - 1] != '\n';
+    if (m_inside) ++m_strays;
+    return true;
+  }
+  return false;
+}
+
+std::vector<LogLine> ParseLog(std::string_view log) {
+  std::vector<LogLine> lines;
+  uint64_t number = 1;
+  for (size_t at = 0; at < log.size();) {
+    const std::string_view rest = log.substr(at);
+    uint64_t count = 0;
+    size_t end = 0;
+    if (BeginsRecord(rest, true) == Begins::kYes) {
+      end = EndOfRecord(rest, true, count).value_or(rest.size());
+      lines.push_back(MakeLine(rest.substr(0, end), number));
+    } else {
+      end = std::min(rest.find('\n'), rest.size() - 1) + 1;
+      count = 1;
+    }
+    number += count;
+    at += end;
+  }
+  return lines;
+}
+
+bool Fits(std::string_view text, std::string_view pattern) {
+  if (!pattern.ends_with('*')) return text == pattern;
+  return text.starts_with(pattern.substr(0, pattern.size() - 1));
+}
+
+std::optional<int64_t> NumberBehind(std::string_view text, std::string_view mark) {
+  const size_t at = text.find(mark);
+  if (at == std::string_view::npos) return {};
+  int64_t number = 0;
+  const char* const begin = text.data() + at + mark.size();
+  if (std::from_chars(begin, text.data() + text.size(), number).ec != std::errc()) return {};
+  return number;
+}
+
+}  // namespace nuvelta::support
