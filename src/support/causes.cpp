@@ -107,9 +107,9 @@ constexpr std::array kCauses{
               "Restart the service when the system has memory to spare."},
 
     CauseInfo{Cause::kLogSwitchedOff, "log_switched_off", kUnknown,
-              "the log is empty: it is switched off in the registry",
+              "the log is empty: as a rule it is switched off in the registry",
               "Set IsMAServiceLog to 1 below HKLM\\SOFTWARE\\Nuvelta Wireless Inc\\Logs, or delete "
-              "it, and restart the service. The doctor command needs no log."},
+              "it, and restart the service."},
     CauseInfo{Cause::kNoRun, "no_run", kUnknown, "the log shows no run of the service's task",
               "Ask for the other parts of the log; a later one may hold the run."},
     CauseInfo{Cause::kRunUnfinished, "run_unfinished", kUnknown,

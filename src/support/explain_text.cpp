@@ -46,15 +46,6 @@ const char* ColourOf(Verdict verdict) {
   return "\x1B[35m";
 }
 
-// The message of a line, without tag and line ends.
-std::string MessageOf(const std::string& line) {
-  constexpr size_t kTag = 6;  // "i :   "
-  std::string_view text = std::string_view(line).substr(std::min(kTag, line.size()));
-  while (text.ends_with('\n') || text.ends_with('\r')) text.remove_suffix(1);
-  while (text.starts_with('\n') || text.starts_with('\r')) text.remove_prefix(1);
-  return Printable(text);
-}
-
 class TextExplanation final : public Explanation {
  public:
   TextExplanation(Print print, Print complain, bool colour)
@@ -107,7 +98,7 @@ class TextExplanation final : public Explanation {
     PrintCounts(process);
     m_print("    " + Verdict(info) + At(process.decided) + "\n");
     m_print(std::string("      reason      ") + info.reason + "\n");
-    if (!process.deciding.empty()) m_print("      line        " + MessageOf(process.deciding) + "\n");
+    if (!process.deciding.empty()) m_print("      line        " + Printable(MessageOf(process.deciding)) + "\n");
     m_print(std::string("      what to do  ") + info.advice + "\n");
   }
 

@@ -117,6 +117,14 @@ std::vector<LogLine> ParseLog(std::string_view log) {
   return lines;
 }
 
+std::string_view MessageOf(std::string_view text) {
+  constexpr size_t kTag = 6;  // "i :   "
+  text.remove_prefix(std::min(kTag, text.size()));
+  while (text.ends_with('\n') || text.ends_with('\r')) text.remove_suffix(1);
+  while (text.starts_with('\n') || text.starts_with('\r')) text.remove_prefix(1);
+  return text;
+}
+
 bool Fits(std::string_view text, std::string_view pattern) {
   if (!pattern.ends_with('*')) return text == pattern;
   return text.starts_with(pattern.substr(0, pattern.size() - 1));

@@ -55,6 +55,9 @@ inline bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+// The message in a line's text, without its tag and the line ends around it.
+std::string_view MessageOf(std::string_view text);
+
 // Whether `text` is `pattern`, or begins with it where the pattern ends in "*".
 bool Fits(std::string_view text, std::string_view pattern);
 

@@ -118,7 +118,7 @@ void LogStory::TakeProcess(const LogLine& line, LineMeaning meaning) {
       return Fail(Cause::kNoWorker, line);
     case kArrivalsNotHeard:
     case kResumesNotHeard:
-      return Tell(NoteKind::kFailure, line, line.text);
+      return Tell(NoteKind::kFailure, line, MessageOf(line.text));
     default:
       return;
   }
@@ -141,7 +141,7 @@ void LogStory::TakeSystem(const LogLine& line, LineMeaning meaning) {
     case kLogon:
       return Tell(NoteKind::kLogon, line);
     case kEventLogNotRead:
-      return Tell(NoteKind::kFailure, line, line.text);
+      return Tell(NoteKind::kFailure, line, MessageOf(line.text));
     default:
       return;
   }
@@ -197,7 +197,7 @@ void LogStory::TakeRestart(const LogLine& line, LineMeaning meaning) {
     Tell(NoteKind::kRestartAsked, line);
   }
   if (meaning.kind == kRestartFailed) Tell(NoteKind::kRestartFailed, line, meaning.rest);
-  if (meaning.kind == kNoServiceName) Tell(NoteKind::kRestartFailed, line, line.text);
+  if (meaning.kind == kNoServiceName) Tell(NoteKind::kRestartFailed, line, MessageOf(line.text));
 }
 
 void LogStory::TakeRun(const LogLine& line, LineMeaning meaning) {
@@ -254,7 +254,7 @@ void LogStory::Fail(Cause cause, const LogLine& line) {
   m_process.cause = cause;
   m_process.decided = m_process.since = At(line);
   m_process.deciding = line.text.substr(0, kLongestText);
-  Tell(NoteKind::kFailure, line, line.text);
+  Tell(NoteKind::kFailure, line, MessageOf(line.text));
 }
 
 void LogStory::Tell(NoteKind kind, const LogLine& line, std::string_view text) {

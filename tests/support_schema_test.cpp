@@ -1,0 +1,49 @@
+// What `explain --json` prints is what its schema says.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+
+#include "notebook/story/log_files.h"
+#include "notebook/story/story.h"
+#include "schema_validator.h"
+#include "source_folder.h"
+#include "story_support.h"
+#include "support/explain.h"
+
+namespace nuvelta::test {
+namespace {
+
+using nlohmann::json;
+
+TEST(ExplainSchema, DescribesEveryLineOfEveryShippedStory) {
+  const json forms = json::parse(story::ReadFile(SourceFolder() / "docs/support.schema.json"));
+  const SchemaValidator schema(forms);
+  const std::vector<std::string> names = ShippedScenarios();
+  std::vector<TemporaryFolder> disks(names.size());
+  std::vector<std::string> folders;
+  for (size_t i = 0; i < names.size(); ++i) {
+    const Scenario scenario = Shipped(names[i]);
+    story::Play(scenario, {.disk = disks[i].Path()});
+    folders.push_back(story::LogFolder(scenario, disks[i].Path()).string());
+  }
+  std::string text;
+  const auto explanation = support::MakeJsonExplanation(
+      [&](std::string_view printed) { text += printed; }, [](std::string_view) {});
+  support::Explain(folders, *explanation);
+  std::istringstream lines(text);
+  std::set<std::string> types;
+  for (std::string line; std::getline(lines, line);) {
+    const json row = json::parse(line);
+    EXPECT_TRUE(schema.Accepts(row)) << line;
+    json other = row;
+    other["more"] = 1;
+    EXPECT_FALSE(schema.Accepts(other)) << line;
+    types.insert(row["type"]);
+  }
+  EXPECT_EQ(types, (std::set<std::string>{"trigger", "event", "run", "process", "verdict",
+                                          "fleet"}));
+}
+
+}  // namespace
+}  // namespace nuvelta::test
