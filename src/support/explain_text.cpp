@@ -57,12 +57,14 @@ class TextExplanation final : public Explanation {
   }
 
   void OnProcess(const Process& begun) override {
+    if (begun.IsForeign()) return;
     m_print("  " + Printable(begun.begin.file) + "\n");
     if (!begun.version.empty() || !begun.built.empty()) {
       m_print("    service " + (begun.version.empty() ? "?" : Printable(begun.version)) +
               ", built " + Printable(begun.built) + "\n");
     }
     m_day.clear();
+    m_file = begun.begin.file;
   }
 
   void OnTrigger(const Trigger& trigger) override {
@@ -130,9 +132,10 @@ class TextExplanation final : public Explanation {
   }
 
  private:
-  static std::string At(const Place& place) {
+  std::string At(const Place& place) const {
     if (place.line == 0) return {};
-    return ", line " + std::to_string(place.line);
+    const std::string line = ", line " + std::to_string(place.line);
+    return place.file == m_file ? line : line + " of " + Printable(place.file);
   }
 
   std::string Verdict(const CauseInfo& info) const {
@@ -143,6 +146,8 @@ class TextExplanation final : public Explanation {
   }
 
   void Row(const Place& at, const std::string& text) {
+    if (at.file != m_file) m_print("  " + Printable(at.file) + "\n");
+    m_file = at.file;
     const std::string day = at.time.substr(0, 10);
     if (day != m_day) m_print("    " + day + "\n");
     m_day = day;
@@ -217,6 +222,7 @@ class TextExplanation final : public Explanation {
   Fleet m_fleet;
   uint64_t m_notebooks = 0;
   std::string m_day;
+  std::string m_file;  // the part whose lines are numbered
   // The run at hand, which may come again, and its like.
   std::string m_chain;
   Cause m_cause{};

@@ -1,6 +1,8 @@
 #include "support/run_text.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <string_view>
 
 #include "auth/platform_table.h"
@@ -87,7 +89,9 @@ std::string CommandText(const Command& command, const char* bytes, bool set) {
   const std::string after =
       command.milliseconds ? " after " + std::to_string(*command.milliseconds) + " ms" : "";
   if (command.status) {
-    return text + ", refused" + after + " with status code " + std::to_string(*command.status);
+    std::array<char, 16> code{};
+    std::snprintf(code.data(), code.size(), "0x%x", unsigned{*command.status});
+    return text + ", refused" + after + " with status code " + code.data();
   }
   if (!command.state.empty()) {
     const bool late = command.state == "Started";
