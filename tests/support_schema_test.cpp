@@ -41,8 +41,8 @@ TEST(ExplainSchema, DescribesEveryLineOfEveryShippedStory) {
     EXPECT_FALSE(schema.Accepts(other)) << line;
     types.insert(row["type"]);
   }
-  EXPECT_EQ(types, (std::set<std::string>{"trigger", "event", "run", "process", "verdict",
-                                          "fleet"}));
+  EXPECT_EQ(types,
+            (std::set<std::string>{"trigger", "event", "run", "process", "verdict", "fleet"}));
 }
 
 }  // namespace

@@ -75,8 +75,7 @@ TEST(Explain, ReadsPartsProcessesAndNotebooks) {
   Write(one / (std::string(kLogName) + ".log"), log.substr(first.size() + second.size()));
   Write(one / "other.log", "not looked at");
   Write(folder.Path() / "a fleet/two" / (std::string(kLogName) + ".log"), "");
-  const Explained explained =
-      ExplainPaths(folder.Path(), {(folder.Path() / "a fleet").string()});
+  const Explained explained = ExplainPaths(folder.Path(), {(folder.Path() / "a fleet").string()});
   EXPECT_LINES(explained.text,
                story::ReadFile(SourceFolder() / "tests/expected/explain_fleet.txt"));
   EXPECT_EQ(explained.problems, "");

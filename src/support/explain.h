@@ -24,15 +24,15 @@ int ExitCodeOf(Verdict verdict);
 
 // The logs of one notebook.
 struct NotebookLogs {
-  std::string name;  // the folder, or the file when it was named alone
+  std::string name;                          // the folder, or the file when it was named alone
   std::vector<std::filesystem::path> files;  // in the order of their lines
 };
 
 // What is known of a notebook behind its last log.
 struct NotebookVerdict {
   std::string name{};
-  Process last{};       // the last process
-  Place since{};        // since when the verdict holds, over all processes
+  Process last{};            // the last process
+  Place since{};             // since when the verdict holds, over all processes
   std::string first_seen{};  // the times of the first and the last line
   std::string last_seen{};
   uint64_t processes = 0;

@@ -100,7 +100,8 @@ class TextExplanation final : public Explanation {
     PrintCounts(process);
     m_print("    " + Verdict(info) + At(process.decided) + "\n");
     m_print(std::string("      reason      ") + info.reason + "\n");
-    if (!process.deciding.empty()) m_print("      line        " + Printable(MessageOf(process.deciding)) + "\n");
+    if (!process.deciding.empty())
+      m_print("      line        " + Printable(MessageOf(process.deciding)) + "\n");
     m_print(std::string("      what to do  ") + info.advice + "\n");
   }
 
@@ -126,8 +127,8 @@ class TextExplanation final : public Explanation {
     for (const auto& [key, row] : m_fleet.Rows()) {
       m_print(Format("  %5llu  %-22s  %-28s  %-23s  %s\n",
                      static_cast<unsigned long long>(row.count), InfoOf(key.second).id,
-                     key.first.empty() ? "-" : Printable(key.first).c_str(),
-                     row.first_seen.c_str(), row.last_seen.c_str()));
+                     key.first.empty() ? "-" : Printable(key.first).c_str(), row.first_seen.c_str(),
+                     row.last_seen.c_str()));
     }
   }
 
@@ -182,10 +183,10 @@ class TextExplanation final : public Explanation {
     m_event.clear();
     m_events = 0;
     if (m_repeated > 1) {
-      Row(m_last_repeated.begin,
-          "... " + std::to_string(m_repeated) + " such runs, the last is run " +
-              std::to_string(m_last_repeated.number) + ", decided in line " +
-              std::to_string(m_last_repeated.decided.line));
+      Row(m_last_repeated.begin, "... " + std::to_string(m_repeated) +
+                                     " such runs, the last is run " +
+                                     std::to_string(m_last_repeated.number) + ", decided in line " +
+                                     std::to_string(m_last_repeated.decided.line));
     }
     m_repeated = 0;
     m_chain.clear();
@@ -196,13 +197,15 @@ class TextExplanation final : public Explanation {
                        Counted(process.runs, "run", "runs") + ", " +
                        Counted(process.retries, "retry", "retries") + ", " +
                        Counted(process.give_ups, "give-up", "give-ups") + ", " +
-                       Counted(process.restarts, "restart", "restarts") + "; modem: " +
-                       Counted(process.queries, "query", "queries") + ", " +
+                       Counted(process.restarts, "restart", "restarts") +
+                       "; modem: " + Counted(process.queries, "query", "queries") + ", " +
                        Counted(process.sets, "set", "sets");
     m_print("    " + text + "\n");
     text = Counted(process.lines, "line", "lines");
-    if (process.unknown_lines > 0) text += ", " + std::to_string(process.unknown_lines) + " unknown";
-    if (process.stray_lines > 0) text += ", " + std::to_string(process.stray_lines) + " outside of any record";
+    if (process.unknown_lines > 0)
+      text += ", " + std::to_string(process.unknown_lines) + " unknown";
+    if (process.stray_lines > 0)
+      text += ", " + std::to_string(process.stray_lines) + " outside of any record";
     if (!process.has_begin && process.lines > 0) text += "; the beginning is missing";
     if (process.unfinished.line != 0) text += "; ends in a run";
     if (process.ends_in_mid_line) text += "; ends in the middle of a line";

@@ -20,7 +20,7 @@ enum class LineKind : uint8_t {
   kServiceEnds,
   kDispatcherRefused,  // rest: the error
   kHandlerRefused,
-  kArrivalsNotHeard,   // rest: the error
+  kArrivalsNotHeard,  // rest: the error
   kResumesNotHeard,
   kNoStopEvent,
   kNoWorker,  // rest: the error
@@ -41,14 +41,14 @@ enum class LineKind : uint8_t {
 
   // The worker and its task.
   kRunBegins,
-  kRunEnds,        // rest: the time and more
-  kRetry,          // rest: the runs left
+  kRunEnds,  // rest: the time and more
+  kRetry,    // rest: the runs left
   kGiveUp,
   kRestartBegins,
   kRestartAsked,
   kRestartFailed,  // rest: the error
   kNoServiceName,
-  kBudget,         // of the printed list; rest: the runs left
+  kBudget,  // of the printed list; rest: the runs left
 
   // The modem's presence.
   kAdaptersNotRead,
@@ -73,15 +73,15 @@ enum class LineKind : uint8_t {
   kSwitchOffBy1,
 
   // The platform.
-  kProject,         // rest: the name, and more when the family replaced it
+  kProject,  // rest: the name, and more when the family replaced it
   kNewerPlatform,
-  kBoardProduct,    // rest: the machine type
+  kBoardProduct,  // rest: the machine type
   kLookUp,
   kNotListed,
   kDevicesNotRead,  // rest: the error
   kDeviceId,        // rest: the modem's id, or nothing
   kNoDeviceId,
-  kCompared,        // rest: platform key and device id
+  kCompared,  // rest: platform key and device id
   kNotAllowed,
   kAllowed,
 

@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kStampShape = "dddd-dd-dd_dd.dd.dd";
-constexpr size_t kChunk = size_t{256} * 1024;
 // A log is rotated at 1 MiB and holds 101 parts at most: all of them in one file are less.
 constexpr uint64_t kLargestFile = uint64_t{1} << 30U;
 
@@ -67,15 +66,15 @@ FileReading ReadLogFile(const fs::path& file, bool new_log, LogStory& story) {
     return reading;
   }
   story.BeginFile(file.filename().string(), new_log);
-  std::string chunk(kChunk, '\0');
   LogSplitter splitter;
   LogLine line;
   while (reading.bytes < size && stream) {
-    stream.read(chunk.data(),
-                static_cast<std::streamsize>(std::min<uint64_t>(kChunk, size - reading.bytes)));
+    const std::span<char> room = splitter.Room();
+    const auto wanted = std::min<uint64_t>(room.size(), size - reading.bytes);
+    stream.read(room.data(), static_cast<std::streamsize>(wanted));
     const auto count = static_cast<size_t>(stream.gcount());
     reading.bytes += count;
-    splitter.Feed(std::string_view(chunk).substr(0, count));
+    splitter.Filled(count);
     if (reading.bytes == size || !stream) splitter.Finish();
     while (splitter.Next(line)) story.Take(line);
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "support/text_shape.h"
 
@@ -56,11 +57,19 @@ std::optional<size_t> EndOfRecord(std::string_view rest, bool finished, uint64_t
 
 }  // namespace
 
-void LogSplitter::Feed(std::string_view bytes) {
-  m_bytes.erase(0, m_at);
+LogSplitter::LogSplitter() : m_bytes(2 * kLongestRecord) {}
+
+// There is always some: a record that does not end is cut before it has taken all.
+std::span<char> LogSplitter::Room() {
+  std::memmove(m_bytes.data(), m_bytes.data() + m_at, m_size - m_at);
+  m_size -= m_at;
   m_at = 0;
-  m_bytes += bytes;
-  if (!bytes.empty()) m_last = bytes.back();
+  return std::span(m_bytes).subspan(m_size);
+}
+
+void LogSplitter::Filled(size_t count) {
+  m_size += count;
+  if (count > 0) m_last = m_bytes[m_size - 1];
 }
 
 // Skips the line at hand, which belongs to no record. False when its end is still to come.
@@ -75,9 +84,10 @@ bool LogSplitter::SkipStray() {
 }
 
 bool LogSplitter::Next(LogLine& line) {
-  while (m_at < m_bytes.size()) {
+  while (m_at < m_size) {
     const std::string_view rest = Rest();
-    const Begins begins = m_inside ? Begins::kNo : BeginsRecord(rest, m_finished);
+    Begins begins = m_begins ? Begins::kYes : Begins::kNo;
+    if (!m_begins && !m_inside) begins = BeginsRecord(rest, m_finished);
     if (begins == Begins::kTooFewBytes) return false;
     if (begins == Begins::kNo) {
       if (!SkipStray()) return false;
@@ -89,6 +99,8 @@ bool LogSplitter::Next(LogLine& line) {
     line = MakeLine(rest.substr(0, *end), m_number);
     m_number += lines;
     m_at += *end;
+    // What ends a record begins the next one, unless it is cut or the last.
+    m_begins = *end < rest.size() && *end != kLongestRecord;
     // A record that was cut: what follows up to its line end is no record's.
     m_inside = *end == kLongestRecord && rest[*end - 1] != '\n';
     if (m_inside) ++m_strays;

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -23,8 +23,12 @@ struct LogLine {
 // Cuts a log into its records while it is read, in bounded memory whatever the bytes are.
 class LogSplitter {
  public:
-  // More bytes of the file. Records handed out before become invalid.
-  void Feed(std::string_view bytes);
+  LogSplitter();
+
+  // Where the next bytes of the file are to be put, and how many have been. Records handed
+  // out before become invalid with the first.
+  std::span<char> Room();
+  void Filled(size_t count);
   // No more bytes will come.
   void Finish() { m_finished = true; }
   // The next whole record. Without one, more bytes are needed, or the file is at its end.
@@ -36,13 +40,15 @@ class LogSplitter {
   bool EndsInMidLine() const { return m_finished && m_last != '\n'; }
 
  private:
-  std::string_view Rest() const { return std::string_view(m_bytes).substr(m_at); }
+  std::string_view Rest() const { return {m_bytes.data() + m_at, m_size - m_at}; }
   bool SkipStray();
 
-  std::string m_bytes;
-  size_t m_at = 0;            // of the line to be looked at next
-  uint64_t m_number = 1;      // its number
-  bool m_inside = false;      // of a line that was given up
+  std::vector<char> m_bytes;
+  size_t m_size = 0;      // of what is in it
+  size_t m_at = 0;        // of the line to be looked at next
+  bool m_begins = false;  // a record is known to begin there
+  uint64_t m_number = 1;  // of that line
+  bool m_inside = false;  // of a line that was given up
   uint64_t m_strays = 0;
   char m_last = '\n';
   bool m_finished = false;

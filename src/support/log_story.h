@@ -28,7 +28,7 @@ enum class NoteKind : uint8_t {
   kStopAsked,
   kServiceEnds,
   kSuspends,
-  kResumes,    // from sleep or hibernation
+  kResumes,  // from sleep or hibernation
   kQuickBoot,
   kLogon,
   kDeviceArrives,
@@ -57,7 +57,7 @@ struct Process {
   uint64_t unknown_lines = 0;
   uint64_t stray_lines = 0;
   uint64_t triggers = 0;
-  uint64_t runs = 0;     // ended ones
+  uint64_t runs = 0;  // ended ones
   uint64_t retries = 0;
   uint64_t give_ups = 0;
   uint64_t restarts = 0;
@@ -72,9 +72,9 @@ struct Process {
   Cause cause = Cause::kNoRun;
   Place decided{};
   std::string deciding{};
-  Place since{};        // the first of the last runs that have this verdict
-  bool ended = false;   // its last lines are in the log
-  Place unfinished{};   // a run that the log ends in
+  Place since{};       // the first of the last runs that have this verdict
+  bool ended = false;  // its last lines are in the log
+  Place unfinished{};  // a run that the log ends in
 
   Verdict GetVerdict() const { return InfoOf(cause).verdict; }
   // Nothing of it is a line of this service.

@@ -98,7 +98,8 @@ std::string CommandText(const Command& command, const char* bytes, bool set) {
     return text + (late ? ", no answer" : ", ended as " + Printable(command.state)) + after;
   }
   if (set) return text + (command.obeyed ? ", obeyed" + after : ", without a usable answer");
-  if (command.level) return text + ", answered" + after + ": level " + std::to_string(*command.level);
+  if (command.level)
+    return text + ", answered" + after + ": level " + std::to_string(*command.level);
   return text + ", without a usable answer";
 }
 

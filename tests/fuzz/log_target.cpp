@@ -15,10 +15,12 @@ namespace {
 using support::LogLine;
 
 bool IsPrintable(const std::string& text) {
-  return std::ranges::all_of(text, [](char letter) {
-    const auto byte = static_cast<uint8_t>(letter);
-    return byte >= 0x20 && byte != 0x7F;
-  }) && support::Printable(text) == text;
+  return std::ranges::all_of(text,
+                             [](char letter) {
+                               const auto byte = static_cast<uint8_t>(letter);
+                               return byte >= 0x20 && byte != 0x7F;
+                             }) &&
+         support::Printable(text) == text;
 }
 
 class Checker final : public support::LogListener {
@@ -39,9 +41,9 @@ class Checker final : public support::LogListener {
     }
   }
   void OnProcessEnds(const support::Process& process) override {
-    Require(process.runs == m_runs && process.triggers == m_triggers &&
-                process.retries == m_retries,
-            "the counts are those of what was told");
+    Require(
+        process.runs == m_runs && process.triggers == m_triggers && process.retries == m_retries,
+        "the counts are those of what was told");
     Require(process.unknown_lines <= process.lines, "no more lines are unknown than there are");
     m_lines += process.lines;
     m_runs = m_triggers = m_retries = 0;
@@ -76,7 +78,9 @@ void Run(Bytes bytes) {
     }
   };
   for (size_t at = 0; at < log.size(); at += piece) {
-    splitter.Feed(std::string_view(log).substr(at, piece));
+    const std::string_view part = std::string_view(log).substr(at, piece);
+    std::ranges::copy(part, splitter.Room().begin());
+    splitter.Filled(part.size());
     take();
   }
   splitter.Finish();
