@@ -10,9 +10,9 @@
 #include "lives/status_rules.h"
 #include "lives/task_rules.h"
 #include "lives/trace_rules.h"
-#include "support/log_lines.h"
 #include "notebook/story/story.h"
 #include "notebook/story/temporary_folder.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::explore {
 

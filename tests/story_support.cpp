@@ -6,9 +6,9 @@
 
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/scenario/scenario_text.h"
-#include "support/log_lines.h"
 #include "replay.h"
 #include "source_folder.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::test {
 
@@ -69,8 +69,7 @@ std::vector<Record> Told::Records() const {
   }
   std::vector<Record> records;
   for (const support::LogLine& line : lines) {
-    records.push_back(
-        {std::string(line.time), std::string(line.thread), std::string(line.text)});
+    records.push_back({std::string(line.time), std::string(line.thread), std::string(line.text)});
   }
   return records;
 }

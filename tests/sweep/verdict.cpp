@@ -9,8 +9,8 @@
 #include "lives/judging.h"
 #include "lives/status_rules.h"
 #include "notebook/scenario/scenario_text.h"
-#include "support/log_lines.h"
 #include "story_lines.h"
+#include "support/log_lines.h"
 
 namespace nuvelta::test {
 
