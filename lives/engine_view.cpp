@@ -1,6 +1,7 @@
 #include "lives/engine_view.h"
 
 #include <pthread.h>
+#include <spdlog/logger.h>
 
 #include "common/ctask.h"
 #include "common/logger.h"
@@ -29,6 +30,12 @@ struct LoggerMutex {
 };
 template struct Opened<LoggerMutex, &CLogger::m_mutex>;
 
+struct FileLogger {
+  using Member = std::shared_ptr<spdlog::logger> CLogger::*;
+  friend Member Open(FileLogger tag);
+};
+template struct Opened<FileLogger, &CLogger::m_logger>;
+
 }  // namespace
 
 std::vector<TaskState> QueuedTasks(const CTaskManager& manager) {
@@ -52,6 +59,11 @@ bool IsLoggerFree() {
   if (pthread_mutex_trylock(mutex.native_handle()) != 0) return false;
   pthread_mutex_unlock(mutex.native_handle());
   return true;
+}
+
+bool IsLogging() {
+  const auto& logger = CLogger::GetInstance().*Open(FileLogger{});
+  return logger != nullptr && logger->should_log(spdlog::level::info);
 }
 
 }  // namespace nuvelta::explore

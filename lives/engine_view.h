@@ -20,5 +20,7 @@ std::vector<TaskState> QueuedTasks(const CTaskManager& manager);
 std::set<TaskElement>& Levels(CTaskManager& manager);
 
 bool IsLoggerFree();
+// Whether what the service says now goes to a log. For the thread that says it.
+bool IsLogging();
 
 }  // namespace nuvelta::explore

@@ -6,10 +6,12 @@
 
 #include "lives/decision_rules.h"
 #include "lives/life.h"
+#include "lives/log_truth.h"
 #include "lives/permission.h"
 #include "lives/status_rules.h"
 #include "lives/task_rules.h"
 #include "lives/trace_rules.h"
+#include "notebook/story/log_files.h"
 #include "notebook/story/story.h"
 #include "notebook/story/temporary_folder.h"
 #include "support/log_lines.h"
@@ -118,19 +120,25 @@ LifeReport PlayLife(const Scenario& life, bool free_running) {
     return permission.AllowedBetween(from, to);
   };
   if (!KnowsItsPlatform(life)) allowed = [](Duration, Duration) { return true; };
+  std::vector<ProcessTruth> truths;
+  const Watching watching{
+      .findings = findings, .counts = result.counts, .truths = truths, .notebook = life.notebook};
   const StoryReport report =
       VirtualMachine(
           life,
-          free_running
-              ? story::ServiceProgram()
-              : WatchedProgram(findings, result.counts, allowed, SystemTime(StartOf(life))),
+          free_running ? story::ServiceProgram()
+                       : WatchedProgram(watching, allowed, SystemTime(StartOf(life))),
           {.mode = free_running ? Scheduler::Mode::kFree : Scheduler::Mode::kDeterministic,
            .seed = life.seed,
            .disk = disk.Path()})
           .Play();
   CheckEnd(report, findings);
   if (!free_running || HasOneReporter(life)) CheckStatusReports(life, report, findings);
-  CheckLogText(story::ReadLog(life, disk.Path()), free_running, findings);
+  const auto files = story::LogFiles(life, disk.Path());
+  std::string log;
+  for (const auto& file : files) log += story::ReadFile(file);
+  CheckLogText(log, free_running, findings);
+  if (!free_running) CompareWithLogs(life, report, truths, files, findings, result.counts);
   result.crashed = !report.Behaved();
   result.healthy_end = HasToEndWithRadioOn(life, permission);
   if (result.healthy_end) {

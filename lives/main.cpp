@@ -76,6 +76,14 @@ int ShowExploration(const ExploreOptions& options, const std::string& folder) {
         static_cast<unsigned long long>(counts.added),
         static_cast<unsigned long long>(counts.cleaned),
         static_cast<unsigned long long>(counts.runs), static_cast<unsigned long long>(counts.sets));
+    std::printf(
+        "  held against their logs: %llu runs of %llu processes; not held: %llu processes without "
+        "a log, %llu lives that lost lines of it, %llu that have it elsewhere\n",
+        static_cast<unsigned long long>(counts.compared_runs),
+        static_cast<unsigned long long>(counts.compared_processes),
+        static_cast<unsigned long long>(counts.silent_processes),
+        static_cast<unsigned long long>(counts.lost_logs),
+        static_cast<unsigned long long>(counts.logs_elsewhere));
   }
   for (size_t i = 0; i < std::min(found.failed.size(), kMostShrunk); ++i) {
     ShowFailure(found.failed[i], options, folder);

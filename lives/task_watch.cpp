@@ -1,6 +1,7 @@
 #include "lives/task_watch.h"
 
 #include <string>
+#include <utility>
 
 namespace nuvelta::explore {
 
@@ -9,6 +10,7 @@ namespace {
 constexpr int32_t kFirstRetryTimes = 30;
 constexpr uint32_t kPauseBeforeRetry = 2000;  // milliseconds
 constexpr uint32_t kPauseAfterRun = 500;      // milliseconds
+constexpr int kLooksBeforeRun = 2;
 
 }  // namespace
 
@@ -32,7 +34,10 @@ void TaskWatch::OnCleaned() {
 void TaskWatch::OnPause(uint32_t thread, uint32_t milliseconds) {
   if (thread != m_worker) return;
   m_pausing = true;
+  m_looks = 0;
+  m_removal_due = m_running && milliseconds == kPauseAfterRun;
   if (milliseconds == kPauseBeforeRetry && m_task) {
+    ++m_retries;
     --m_task->retry_times;
   } else {
     m_findings.Expect(milliseconds == kPauseAfterRun, "a pause of an unknown length");
@@ -42,6 +47,16 @@ void TaskWatch::OnPause(uint32_t thread, uint32_t milliseconds) {
 
 void TaskWatch::OnPauseEnds(uint32_t thread) {
   if (thread == m_worker) m_pausing = false;
+}
+
+// The worker takes the lock to look for a task and to list the queue; behind that it runs
+// the task, restarts the service, or gives the task up, for which it takes the lock again.
+void TaskWatch::OnLock(uint32_t thread) {
+  if (thread != m_worker || std::exchange(m_removal_due, false)) return;
+  if (++m_looks <= kLooksBeforeRun) return;
+  const bool restarts = m_task && m_task->exceptions > kMostExceptions;
+  m_looks = restarts ? 1 : 0;  // a restart that was refused is followed by another look
+  m_give_ups += restarts ? 0 : 1;
 }
 
 void TaskWatch::FollowRemoval(uint32_t thread) {

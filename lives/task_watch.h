@@ -33,6 +33,10 @@ class TaskWatch {
   // The worker pauses; the length tells a retry from a finished run.
   void OnPause(uint32_t thread, uint32_t milliseconds);
   void OnPauseEnds(uint32_t thread);
+  // The thread is about to take the task lock.
+  void OnLock(uint32_t thread);
+  // The worker is about to wait for a task.
+  void OnWait() { m_looks = 0; }
 
   // The queue as `thread` leaves it at the end of its turn.
   void OnStep(uint32_t thread, std::span<const TaskState> queue);
@@ -40,6 +44,8 @@ class TaskWatch {
   bool IsWorker(uint32_t thread) const { return thread == m_worker; }
   bool IsRunning() const { return m_running; }
   uint64_t Runs() const { return m_runs; }
+  uint64_t Retries() const { return m_retries; }
+  uint64_t GiveUps() const { return m_give_ups; }
 
  private:
   void Follow(uint32_t thread, const TaskState& state);
@@ -54,6 +60,10 @@ class TaskWatch {
   bool m_finished = false;  // the last run wants no other
   bool m_spent = false;     // the budget was spent as the worker last looked at it
   uint64_t m_runs = 0;
+  uint64_t m_retries = 0;
+  uint64_t m_give_ups = 0;
+  bool m_removal_due = false;  // of a task that has finished
+  int m_looks = 0;             // how often the worker has taken the lock since its last rest
 };
 
 }  // namespace nuvelta::explore

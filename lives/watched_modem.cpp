@@ -3,13 +3,19 @@
 #include <span>
 #include <utility>
 
+#include "platform/vendor_service.h"
+
 namespace nuvelta::explore {
 
+using platform::AsyncStatus;
 using platform::CommandOperation;
 using platform::CommandResult;
 using platform::CommandSession;
 using platform::DataBuffer;
+using platform::DataWriter;
 using platform::DeviceService;
+using platform::DeviceServiceInformation;
+using platform::DeviceServiceList;
 using platform::Modem;
 
 namespace {
@@ -17,6 +23,29 @@ namespace {
 struct Ear {
   Watch& watch;
   const bool& on;
+
+  // Null outside of a run.
+  RunAnswers* Run() const { return on ? watch.runs.AtHand() : nullptr; }
+  ModemVisit* Visit() const { return on ? watch.runs.Visit() : nullptr; }
+  void Raised() const {
+    if (on) watch.runs.OnRaised();
+  }
+  // What throws, or answers null where only an object is of use, ends the visit.
+  template <class Call>
+  auto Hear(const Call& call) const {
+    try {
+      return call();
+    } catch (...) {
+      Raised();
+      throw;
+    }
+  }
+  template <class Call>
+  auto HearObject(const Call& call) const {
+    auto object = Hear(call);
+    if (object == nullptr) Raised();
+    return object;
+  }
 };
 
 // Null stays null: it is an answer of its own.
@@ -26,19 +55,22 @@ std::shared_ptr<Inner> Wrap(std::shared_ptr<Inner> inner, const Ear& ear) {
   return std::make_shared<Watched>(std::move(inner), ear);
 }
 
-// What a query was answered, heard when it is read.
+// What a command was answered, heard when it is read.
 class WatchedData final : public DataBuffer {
  public:
   WatchedData(std::shared_ptr<DataBuffer> inner, const Ear& ear)
       : m_inner(std::move(inner)), m_ear(ear) {}
 
-  uint32_t Length() override { return m_length = m_inner->Length(); }
+  uint32_t Length() override {
+    return m_length = m_ear.Hear([&] { return m_inner->Length(); });
+  }
   const uint8_t* Buffer() override {
-    const uint8_t* const bytes = m_inner->Buffer();
+    const uint8_t* const bytes = m_ear.Hear([&] { return m_inner->Buffer(); });
     if (!m_ear.on || bytes == nullptr || m_length < sizeof(int32_t)) return bytes;
     uint32_t level = 0;
     for (uint32_t i = 0; i < sizeof level; ++i) level |= uint32_t{bytes[i]} << (8 * i);
     m_ear.watch.commands.OnAnswer(static_cast<int32_t>(level));
+    m_ear.watch.runs.OnLevel(static_cast<int32_t>(level));
     return bytes;
   }
 
@@ -48,15 +80,18 @@ class WatchedData final : public DataBuffer {
   uint32_t m_length = 0;
 };
 
-// An answer to a query.
 class WatchedResult final : public CommandResult {
  public:
   WatchedResult(std::shared_ptr<CommandResult> inner, const Ear& ear)
       : m_inner(std::move(inner)), m_ear(ear) {}
 
-  uint32_t StatusCode() override { return m_code = m_inner->StatusCode(); }
+  uint32_t StatusCode() override {
+    m_code = m_ear.Hear([&] { return m_inner->StatusCode(); });
+    if (m_ear.on) m_ear.watch.runs.OnStatus(m_code);
+    return m_code;
+  }
   std::shared_ptr<DataBuffer> ResponseData() override {
-    std::shared_ptr<DataBuffer> data = m_inner->ResponseData();
+    std::shared_ptr<DataBuffer> data = m_ear.Hear([&] { return m_inner->ResponseData(); });
     return m_code == 0 ? Wrap<WatchedData>(std::move(data), m_ear) : data;
   }
 
@@ -66,15 +101,23 @@ class WatchedResult final : public CommandResult {
   uint32_t m_code = 1;
 };
 
-// A query under way.
-class WatchedQuery final : public CommandOperation {
+// A command under way.
+class WatchedOperation final : public CommandOperation {
  public:
-  WatchedQuery(std::shared_ptr<CommandOperation> inner, const Ear& ear)
+  WatchedOperation(std::shared_ptr<CommandOperation> inner, const Ear& ear)
       : m_inner(std::move(inner)), m_ear(ear) {}
 
-  void Completed(CompletedHandler handler) override { m_inner->Completed(std::move(handler)); }
+  void Completed(CompletedHandler handler) override {
+    const std::shared_ptr<AsyncStatus> end = m_ear.watch.runs.OnOperation();
+    m_ear.Hear([&] {
+      m_inner->Completed([end, handler = std::move(handler)](AsyncStatus status) {
+        *end = status;
+        handler(status);
+      });
+    });
+  }
   std::shared_ptr<CommandResult> GetResults() override {
-    return Wrap<WatchedResult>(m_inner->GetResults(), m_ear);
+    return Wrap<WatchedResult>(m_ear.HearObject([&] { return m_inner->GetResults(); }), m_ear);
   }
 
  private:
@@ -95,17 +138,32 @@ class WatchedSession final : public CommandSession {
   std::shared_ptr<CommandOperation> SendQueryCommandAsync(
       uint32_t command_id, const std::shared_ptr<DataBuffer>& data) override {
     if (m_ear.on) m_ear.watch.commands.OnQuery(Bytes(data));
-    return Wrap<WatchedQuery>(m_inner->SendQueryCommandAsync(command_id, data), m_ear);
+    return Sent(false, [&] { return m_inner->SendQueryCommandAsync(command_id, data); });
   }
   std::shared_ptr<CommandOperation> SendSetCommandAsync(
       uint32_t command_id, const std::shared_ptr<DataBuffer>& data) override {
     if (m_ear.on) m_ear.watch.commands.OnSet(Bytes(data), m_ear.watch.Now());
-    return m_inner->SendSetCommandAsync(command_id, data);
+    return Sent(true, [&] { return m_inner->SendSetCommandAsync(command_id, data); });
   }
-  void CloseSession() override { m_inner->CloseSession(); }
+  void CloseSession() override {
+    m_ear.Hear([&] { m_inner->CloseSession(); });
+  }
   uintptr_t Handle() override { return m_inner->Handle(); }
 
  private:
+  template <class Send>
+  std::shared_ptr<CommandOperation> Sent(bool set, const Send& send) {
+    std::shared_ptr<CommandOperation> operation;
+    try {
+      operation = m_ear.HearObject(send);
+    } catch (...) {
+      if (m_ear.on) m_ear.watch.runs.OnSendingThrew(set);
+      throw;
+    }
+    if (m_ear.on) m_ear.watch.runs.OnSent(operation != nullptr);
+    return Wrap<WatchedOperation>(std::move(operation), m_ear);
+  }
+
   const std::shared_ptr<CommandSession> m_inner;
   const Ear m_ear;
 };
@@ -116,11 +174,50 @@ class WatchedService final : public DeviceService {
       : m_inner(std::move(inner)), m_ear(ear) {}
 
   std::shared_ptr<CommandSession> OpenCommandSession() override {
-    return Wrap<WatchedSession>(m_inner->OpenCommandSession(), m_ear);
+    auto session = m_ear.Hear([&] { return m_inner->OpenCommandSession(); });
+    if (ModemVisit* const visit = m_ear.Visit()) visit->session = session != nullptr;
+    return Wrap<WatchedSession>(std::move(session), m_ear);
   }
 
  private:
   const std::shared_ptr<DeviceService> m_inner;
+  const Ear m_ear;
+};
+
+// The id is compared as the text that it is then converted to.
+class WatchedInformation final : public DeviceServiceInformation {
+ public:
+  WatchedInformation(std::shared_ptr<DeviceServiceInformation> inner, const Ear& ear)
+      : m_inner(std::move(inner)), m_ear(ear) {}
+
+  platform::Guid DeviceServiceId() override {
+    const platform::Guid id = m_ear.Hear([&] { return m_inner->DeviceServiceId(); });
+    if (RunAnswers* const run = m_ear.Run()) {
+      run->text_for = id == platform::kVendorService ? RunAnswers::TextFor::kVendorService
+                                                     : RunAnswers::TextFor::kOther;
+    }
+    return id;
+  }
+
+ private:
+  const std::shared_ptr<DeviceServiceInformation> m_inner;
+  const Ear m_ear;
+};
+
+class WatchedServices final : public DeviceServiceList {
+ public:
+  WatchedServices(std::shared_ptr<DeviceServiceList> inner, const Ear& ear)
+      : m_inner(std::move(inner)), m_ear(ear) {}
+
+  uint32_t Size() override {
+    return m_ear.Hear([&] { return m_inner->Size(); });
+  }
+  std::shared_ptr<DeviceServiceInformation> GetAt(uint32_t index) override {
+    return Wrap<WatchedInformation>(m_ear.HearObject([&] { return m_inner->GetAt(index); }), m_ear);
+  }
+
+ private:
+  const std::shared_ptr<DeviceServiceList> m_inner;
   const Ear m_ear;
 };
 
@@ -129,11 +226,14 @@ class WatchedModem final : public Modem {
   WatchedModem(std::shared_ptr<Modem> inner, const Ear& ear)
       : m_inner(std::move(inner)), m_ear(ear) {}
 
-  std::shared_ptr<platform::DeviceServiceList> DeviceServices() override {
-    return m_inner->DeviceServices();
+  std::shared_ptr<DeviceServiceList> DeviceServices() override {
+    return Wrap<WatchedServices>(m_ear.HearObject([&] { return m_inner->DeviceServices(); }),
+                                 m_ear);
   }
   std::shared_ptr<DeviceService> GetDeviceService(const platform::Guid& id) override {
-    return Wrap<WatchedService>(m_inner->GetDeviceService(id), m_ear);
+    auto service = m_ear.Hear([&] { return m_inner->GetDeviceService(id); });
+    if (ModemVisit* const visit = m_ear.Visit()) visit->service = service != nullptr;
+    return Wrap<WatchedService>(std::move(service), m_ear);
   }
 
  private:
@@ -141,14 +241,36 @@ class WatchedModem final : public Modem {
   const Ear m_ear;
 };
 
+class WatchedWriter final : public DataWriter {
+ public:
+  WatchedWriter(std::shared_ptr<DataWriter> inner, const Ear& ear)
+      : m_inner(std::move(inner)), m_ear(ear) {}
+
+  void WriteBytes(std::span<const uint8_t> bytes) override {
+    m_ear.Hear([&] { m_inner->WriteBytes(bytes); });
+  }
+  std::shared_ptr<DataBuffer> DetachBuffer() override {
+    return m_ear.HearObject([&] { return m_inner->DetachBuffer(); });
+  }
+
+ private:
+  const std::shared_ptr<DataWriter> m_inner;
+  const Ear m_ear;
+};
+
 }  // namespace
 
 std::shared_ptr<Modem> WatchedMobileBroadband::GetDefault() {
-  return Wrap<WatchedModem>(m_inner.GetDefault(), Ear{m_watch, m_on});
+  const Ear ear{m_watch, m_on};
+  if (m_on) m_watch.runs.OnVisit();
+  auto modem = ear.Hear([&] { return m_inner.GetDefault(); });
+  if (ModemVisit* const visit = ear.Visit()) visit->modem = modem != nullptr;
+  return Wrap<WatchedModem>(std::move(modem), ear);
 }
 
-std::shared_ptr<platform::DataWriter> WatchedMobileBroadband::CreateDataWriter() {
-  return m_inner.CreateDataWriter();
+std::shared_ptr<DataWriter> WatchedMobileBroadband::CreateDataWriter() {
+  const Ear ear{m_watch, m_on};
+  return Wrap<WatchedWriter>(ear.HearObject([&] { return m_inner.CreateDataWriter(); }), ear);
 }
 
 std::shared_ptr<platform::AccountWatcher> WatchedMobileBroadband::CreateAccountWatcher() {

@@ -17,7 +17,16 @@ platform::ThreadHandle WatchedThreads::CreateThread(platform::ThreadProcedure pr
                                                     void* parameter, const char* name) {
   m_watch.OnManager(static_cast<const CTaskManager*>(parameter));
   m_launches.push_back({.watch = m_watch, .procedure = procedure, .manager = parameter});
-  return VirtualThreads::CreateThread(RunWorker, &m_launches.back(), name);
+  const platform::ThreadHandle thread =
+      VirtualThreads::CreateThread(RunWorker, &m_launches.back(), name);
+  if (m_on && thread == platform::ThreadHandle{}) m_watch.runs.OnNoWorker();
+  return thread;
+}
+
+EventHandle WatchedThreads::CreateEventW(bool manual_reset, bool initial_state) {
+  const EventHandle event = VirtualThreads::CreateEventW(manual_reset, initial_state);
+  if (m_on && event == EventHandle{}) m_watch.OnNoEvent(manual_reset);
+  return event;
 }
 
 bool WatchedThreads::SetEvent(EventHandle event) {
@@ -40,9 +49,11 @@ uint32_t WatchedThreads::WaitForSingleObject(EventHandle event, uint32_t millise
   if (m_on) {
     m_watch.locks.OnWait(thread);
     if (for_task) m_watch.wakes.OnWait(event);
+    if (for_task) m_watch.tasks.OnWait();
   }
   const uint32_t result = VirtualThreads::WaitForSingleObject(event, milliseconds);
   if (m_on && for_task) m_watch.wakes.OnWaited(event);
+  if (m_on && !for_task) m_watch.runs.OnWaited();
   return result;
 }
 
@@ -54,7 +65,11 @@ CriticalSectionHandle WatchedThreads::InitializeCriticalSectionAndSpinCount(uint
 }
 
 void WatchedThreads::EnterCriticalSection(CriticalSectionHandle section) {
-  if (m_on) m_watch.locks.OnEnter(Scheduler::CurrentThread(), static_cast<uintptr_t>(section));
+  const uint32_t thread = Scheduler::CurrentThread();
+  if (m_on) {
+    m_watch.locks.OnEnter(thread, static_cast<uintptr_t>(section));
+    m_watch.tasks.OnLock(thread);
+  }
   VirtualThreads::EnterCriticalSection(section);
 }
 
@@ -67,6 +82,7 @@ void WatchedThreads::Sleep(uint32_t milliseconds) {
   const uint32_t thread = Scheduler::CurrentThread();
   if (m_on) {
     m_watch.locks.OnWait(thread);
+    if (m_watch.tasks.IsWorker(thread) && m_watch.tasks.IsRunning()) m_watch.runs.OnRunEnds();
     m_watch.tasks.OnPause(thread, milliseconds);
   }
   VirtualThreads::Sleep(milliseconds);

@@ -16,6 +16,7 @@ class WatchedThreads final : public virtual_notebook::VirtualThreads {
 
   platform::ThreadHandle CreateThread(platform::ThreadProcedure procedure, void* parameter,
                                       const char* name) override;
+  platform::EventHandle CreateEventW(bool manual_reset, bool initial_state) override;
   bool SetEvent(platform::EventHandle event) override;
   bool ResetEvent(platform::EventHandle event) override;
   uint32_t WaitForSingleObject(platform::EventHandle event, uint32_t milliseconds) override;

@@ -50,11 +50,14 @@ std::string LogStamp(const Scenario& scenario) {
   return stamp;
 }
 
+std::vector<std::filesystem::path> LogFiles(const Scenario& scenario,
+                                            const std::filesystem::path& disk) {
+  return LogFilesSince(LogFolder(scenario, disk), LogStamp(scenario));
+}
+
 std::string ReadLog(const Scenario& scenario, const std::filesystem::path& disk) {
   std::string text;
-  for (const auto& file : LogFilesSince(LogFolder(scenario, disk), LogStamp(scenario))) {
-    text += ReadFile(file);
-  }
+  for (const auto& file : LogFiles(scenario, disk)) text += ReadFile(file);
   return text;
 }
 

@@ -35,7 +35,10 @@ std::string LogStamp(const virtual_notebook::Scenario& scenario);
 virtual_notebook::StoryReport Play(const virtual_notebook::Scenario& scenario,
                                    const Options& options);
 
-// All lines of all log files that the story wrote, with their "\r\n".
+// The log files that the story wrote, oldest lines first.
+std::vector<std::filesystem::path> LogFiles(const virtual_notebook::Scenario& scenario,
+                                            const std::filesystem::path& disk);
+// All their lines, with their "\r\n".
 std::string ReadLog(const virtual_notebook::Scenario& scenario, const std::filesystem::path& disk);
 
 }  // namespace nuvelta::story

@@ -220,7 +220,7 @@ void LogStory::FollowRadio(const LogLine& line, LineMeaning meaning) {
       return;
     case kAnswer:
       m_process.radio = query.level;
-      m_process.radio_at = At(line);
+      m_process.radio_at = m_level_at = At(line);
       return;
     case kSetAnswered:
       m_process.radio = kFullFunctionality;
@@ -228,7 +228,9 @@ void LogStory::FollowRadio(const LogLine& line, LineMeaning meaning) {
       return;
     case kStatusCode:
       // A set command that was refused leaves the radio as the query found it.
-      if (set.sent) m_process.radio = query.level;
+      if (!set.sent) return;
+      m_process.radio = query.level;
+      m_process.radio_at = m_level_at;
       return;
     default:
       return;

@@ -142,6 +142,7 @@ class LogStory {
   Process m_process;
   std::vector<ThreadTask> m_threads;
   std::string m_worker;  // the thread of the run at hand; empty between runs
+  Place m_level_at;      // the last answer to a query
   std::string m_last_time;
   uint64_t m_last_line = 0;
   RunReader m_run;

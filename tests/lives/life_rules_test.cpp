@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <fstream>
 
 #include "lives/command_watch.h"
 #include "lives/judging.h"
 #include "lives/life.h"
 #include "lives/lock_watch.h"
+#include "lives/log_truth.h"
 #include "lives/permission.h"
 #include "lives/status_rules.h"
 #include "lives/task_watch.h"
@@ -83,6 +85,70 @@ TEST(LifeRules, SeeEveryBreachInALog) {
         Joined(CheckLog(Edited(breach.log, breach.mark, breach.edit), false));
     EXPECT_NE(findings.find(breach.finding), std::string::npos) << breach.mark << "\n" << findings;
   }
+}
+
+// Whatever support reads in the logs of the shipped stories, the notebook knows it so.
+TEST(LifeRules, HoldForWhatSupportReadsOfShippedStories) {
+  for (const std::string& name : ShippedScenarios()) {
+    const explore::LifeReport report = explore::PlayLife(Shipped(name), false);
+    EXPECT_EQ(Joined(report.broken), "") << name;
+    EXPECT_EQ(report.counts.silent_processes, name == "logging_off" ? 1U : 0U) << name;
+    EXPECT_EQ(report.counts.compared_processes + report.counts.silent_processes,
+              report.counts.processes)
+        << name;
+  }
+}
+
+TEST(LifeRules, SeeWhatSupportReadsOtherwise) {
+  // Refused twice, and the radio is on then.
+  const Scenario scenario = Shipped("query_status_code");
+  const Told told = Tell(scenario);
+  const TemporaryFolder folder;
+  const auto file = folder.Path() / "a.log";
+  std::ofstream(file, std::ios::binary) << told.log;
+  const uint32_t process = told.report.processes.front().process;
+  const explore::ProcessTruth truth{.process = process,
+                                    .has_log = true,
+                                    .causes = {"query_refused", "switched_on"},
+                                    .retries = 1,
+                                    .queries = {.came_back = 2},
+                                    .sets = {.came_back = 1},
+                                    .radio = 1};
+  explore::Counts counts;
+  const auto broken = [&](const std::function<void(explore::ProcessTruth&)>& change) {
+    explore::ProcessTruth changed = truth;
+    change(changed);
+    Findings findings;
+    CompareWithLogs(scenario, told.report, {changed}, {file}, findings, counts);
+    std::string text = Joined(findings.Texts());
+    const std::string mark = "explain: process " + std::to_string(process) + ": ";
+    if (text.starts_with(mark)) text = text.substr(mark.size());
+    return text;
+  };
+  EXPECT_EQ(broken([](auto&) {}), "");
+  EXPECT_EQ(broken([](auto& t) { t.causes[0] = "query_not_answered"; }),
+            "run 1 is query_refused, but the notebook knows query_not_answered\n");
+  EXPECT_EQ(broken([](auto& t) { t.retries = 2; }),
+            "the count of retries is 1, but the notebook knows 2\n");
+  EXPECT_EQ(broken([](auto& t) { t.give_ups = 1; }),
+            "the count of give-ups is 0, but the notebook knows 1\n");
+  EXPECT_EQ(broken([](auto& t) { t.radio = 4; }), "the radio is 1, but the notebook knows 4\n");
+  EXPECT_EQ(broken([](auto& t) { t.unfinished_run = true; }),
+            "a run without an end is none, but the notebook knows one\n");
+  EXPECT_EQ(broken([](auto& t) { t.sets.came_back = 2; }),
+            "watch: the count of set commands is 2, but the notebook knows 1\n"
+            "explain: process " +
+                std::to_string(process) +
+                ": the count of set commands is 1, but the notebook knows 2\n");
+  EXPECT_EQ(broken([](auto& t) { t.has_log = false; }),
+            "explain: the count of processes is 1, but the notebook knows 0\n");
+  // Nothing to be held against.
+  EXPECT_EQ(broken([](auto& t) {
+              t.lost_lines = true;
+              t.causes.clear();
+            }),
+            "");
+  EXPECT_EQ(counts.lost_logs, 1U);
 }
 
 TEST(LifeRules, SeeCommandsThatMustNotBe) {
