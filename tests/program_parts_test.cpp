@@ -142,12 +142,14 @@ TEST(Progress, SpeaksNoMoreOftenThanItShould) {
 Summary CrashedSummary() {
   using Kind = virtual_notebook::Fault::Kind;
   using How = virtual_notebook::ProcessEnd::How;
-  Summary summary{.file = "a.json",
-                  .title = "A title",
-                  .report = {},
-                  .counts = LogCounts{5, 4, 3, 2},
-                  .real_time = 25ms,
-                  .log_folder = "logs"};
+  Summary summary{
+      .file = "a.json",
+      .title = "A title",
+      .report = {},
+      .counts = LogCounts{5, 4, 3, 2},
+      .why = {.cause = support::Cause::kSwitchedOn, .decided = {.file = "a.log", .line = 259}},
+      .real_time = 25ms,
+      .log_folder = "logs"};
   auto& report = summary.report;
   report.commands = {
       {.set = false, .command_id = 1, .payload = {0}, .radio_before = 4, .radio_after = 4},
@@ -186,6 +188,8 @@ TEST(Summary, TellsAPersonWhatHappened) {
                "  modem commands   query 00            radio 4 -> 4\n"
                "                   set   01 00 00 AB   radio 4 -> 1\n"
                "  radio            4 -> 1\n"
+               "  why              radio on (switched_on): the service has switched the radio on; "
+               "line 259 of a.log\n"
                "  service states   START_PENDING, RUNNING | START_PENDING, ?\n"
                "  process          1 CRASHED, \"task\": bad\n"
                "  process          2 killed\n"
@@ -198,9 +202,10 @@ TEST(Summary, TellsAPersonWhatHappened) {
                "  virtual time     90.500 s\n"
                "  real time        0.025 s\n"
                "  log files        logs\n");
-  EXPECT_EQ(SummaryLine(summary),
-            "a.json: MISBEHAVED; radio 4 -> 1; 4 runs, 3 retries, 2 give-ups; 2 restarts; "
-            "90.5 s in 0.025 s");
+  EXPECT_EQ(
+      SummaryLine(summary),
+      "a.json: MISBEHAVED; radio 4 -> 1; switched_on; 4 runs, 3 retries, 2 give-ups; 2 restarts; "
+      "90.5 s in 0.025 s");
 
   // Nothing happened, and no log tells of it.
   summary = {.file = "b.json", .title = "B", .report = {}, .counts = {}, .log_folder = {}};
@@ -210,11 +215,13 @@ TEST(Summary, TellsAPersonWhatHappened) {
                "  restarts         0\n"
                "  modem commands   none\n"
                "  radio            0 -> 0\n"
+               "  why              radio unknown (no_run): the log shows no run of the service's "
+               "task\n"
                "  service states   none reported\n"
                "  virtual time     0.000 s\n"
                "  real time        0.000 s\n");
   EXPECT_EQ(SummaryLine(summary),
-            "b.json: ok; radio 0 -> 0; log switched off; 0 restarts; 0.0 s in 0.000 s");
+            "b.json: ok; radio 0 -> 0; no_run; log switched off; 0 restarts; 0.0 s in 0.000 s");
   summary.report.cut_short = true;
   summary.log_lost = "a.log: full";
   EXPECT_NE(SummaryTable(summary).find("  INTERRUPTED      the story was not played to its end\n"
@@ -234,7 +241,8 @@ TEST(Summary, TellsAProgramTheSame) {
   const auto due =
       nlohmann::json::parse(R"({"file": "a.json", "behaved": false, "interrupted": false,
       "log_lost": "", "triggers": 5, "runs": 4, "retries": 3, "give_ups": 2, "restarts": 2,
-      "radio_after": 1, "faults_not_fired": ["HeapAlloc"], "virtual_seconds": 90.5})");
+      "radio_after": 1, "verdict": "on", "cause": "switched_on",
+      "faults_not_fired": ["HeapAlloc"], "virtual_seconds": 90.5})");
   for (const auto& [key, value] : due.items()) EXPECT_EQ(json[key], value) << key;
   EXPECT_EQ(json["commands"][1], nlohmann::json::parse(R"({"command": "set", "id": 1,
       "bytes": "01 00 00 AB", "radio_before": 4, "radio_after": 1})"));

@@ -14,6 +14,7 @@
 #include "notebook/scenario/call_lists.h"
 #include "notebook/scenario/scenario_reader.h"
 #include "notebook/story/interruption.h"
+#include "notebook/story/log_files.h"
 #include "notebook/story/marked_folder.h"
 #include "notebook/story/standard_output.h"
 #include "notebook/story/story.h"
@@ -108,6 +109,7 @@ Summary PlayOne(const std::string& file, const Scenario& scenario, const RunOpti
     summary.log_lost = watch.Lost();
   }
   summary.real_time = std::chrono::steady_clock::now() - begin;
+  summary.why = WhyOf(LogFilesSince(log_folder, LogStamp(scenario)));
   if (!options.log_dir.empty()) summary.log_folder = log_folder.string();
   return summary;
 }

@@ -166,6 +166,7 @@ std::string SummaryTable(const Summary& summary) {
   table.Row("restarts", std::to_string(Restarts(summary)));
   AddCommands(table, report.commands);
   table.Row("radio", Format("%d -> %d", report.radio_before, report.radio_after));
+  table.Row("why", TextOf(summary.why));
   table.Row("service states", States(summary));
   for (const ProcessEnd& process : report.processes) {
     table.Row("process", Format("%u %s", process.process, HowEnded(process).c_str()));
@@ -190,10 +191,11 @@ std::string SummaryLine(const Summary& summary) {
                                         summary.counts->retries, summary.counts->give_ups)
                                : "log switched off";
   const char* const lost = summary.log_lost.empty() ? "" : "; LOG LOST";
-  return Format("%s: %s%s; radio %d -> %d; %s; %zu restarts; %.1f s in %.3f s",
+  return Format("%s: %s%s; radio %d -> %d; %s; %s; %zu restarts; %.1f s in %.3f s",
                 summary.file.c_str(), Verdict(summary), lost, summary.report.radio_before,
-                summary.report.radio_after, work.c_str(), Restarts(summary),
-                Seconds(summary.report.virtual_time), Seconds(summary.real_time));
+                summary.report.radio_after, InfoOf(summary.why.cause).id, work.c_str(),
+                Restarts(summary), Seconds(summary.report.virtual_time),
+                Seconds(summary.real_time));
 }
 
 std::string SummaryJson(const Summary& summary) {
@@ -221,6 +223,9 @@ std::string SummaryJson(const Summary& summary) {
   }
   json["radio_before"] = report.radio_before;
   json["radio_after"] = report.radio_after;
+  const support::CauseInfo& info = support::InfoOf(summary.why.cause);
+  json["verdict"] = support::IdOf(info.verdict);
+  json["cause"] = info.id;
   json["states"] = nlohmann::ordered_json::array();
   for (const StatusReport& status : report.status_reports) {
     json["states"].push_back({{"process", status.process},

@@ -7,6 +7,7 @@
 
 #include "notebook/machine/virtual_machine.h"
 #include "notebook/program/log_counts.h"
+#include "notebook/program/why.h"
 
 namespace nuvelta::story {
 
@@ -15,6 +16,7 @@ struct Summary {
   std::string title;
   virtual_notebook::StoryReport report;
   std::optional<LogCounts> counts;  // none when there is no telling
+  Why why{};
   std::chrono::nanoseconds real_time{};
   std::string log_folder;  // empty when it was not kept
   std::string log_lost{};  // why lines of the log could not be written, if some could not

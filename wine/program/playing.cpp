@@ -84,9 +84,9 @@ WineStory PlayOnce(WinePrefix& prefix, const std::string& file, const Scenario& 
   }
   story.journal = wine::ReadJournal(prefix.InstallFolder() / wine::kJournalFile);
   story.report = ReportOf(scenario, story.journal);
-  for (const auto& log : story::LogFilesSince(story.log_folder, begin)) {
-    story.log += story::ReadFile(log);
-  }
+  const std::vector<fs::path> logs = story::LogFilesSince(story.log_folder, begin);
+  for (const fs::path& log : logs) story.log += story::ReadFile(log);
+  story.why = story::WhyOf(logs);
   return story;
 }
 

@@ -8,6 +8,7 @@
 
 #include "notebook/model/scenario.h"
 #include "notebook/model/story_report.h"
+#include "notebook/program/why.h"
 #include "wine/program/wine_prefix.h"
 #include "wine/story/journal.h"
 
@@ -16,7 +17,8 @@ namespace nuvelta::wine_notebook {
 struct WineStory {
   virtual_notebook::StoryReport report;
   std::vector<wine::Entry> journal;
-  std::string log;                   // all lines of all its log files
+  std::string log;  // all lines of all its log files
+  story::Why why;
   std::filesystem::path log_folder;  // they stay there until the next story
 };
 

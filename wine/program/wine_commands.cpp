@@ -34,6 +34,7 @@ story::Summary PlayOne(WinePrefix& prefix, const std::string& file, const Scenar
                          .title = scenario.title,
                          .report = played.report,
                          .counts = {},
+                         .why = played.why,
                          .real_time = std::chrono::steady_clock::now() - begin,
                          .log_folder = played.log_folder.string()};
   if (!played.log.empty()) summary.counts = story::CountLog(played.log);
