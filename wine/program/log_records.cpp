@@ -59,6 +59,7 @@ std::string Comparable(std::string text) {
 struct RawRecord {
   std::string thread;
   std::string text;
+  bool begins_process = false;
 };
 
 std::vector<RawRecord> Split(std::string_view log) {
@@ -67,11 +68,14 @@ std::vector<RawRecord> Split(std::string_view log) {
   // What no record owns, and a last line without an end, are differences too.
   const auto owned =
       lines.empty() ? log.size() : static_cast<size_t>(lines.front().time.data() - log.data());
-  if (owned > 0) records.push_back({"", Comparable(std::string(log.substr(0, owned)))});
+  if (owned > 0)
+    records.push_back({.thread = "", .text = Comparable(std::string(log.substr(0, owned)))});
   for (const support::LogLine& line : lines) {
     const bool ends = &line != &lines.back() || log.ends_with('\n');
-    records.push_back(
-        {std::string(line.thread), Comparable(std::string(line.text) + (ends ? "\n" : ""))});
+    records.push_back({.thread = std::string(line.thread),
+                       .text = Comparable(std::string(line.text) + (ends ? "\n" : "")),
+                       .begins_process = support::MeaningOf(line.text).kind ==
+                                         support::LineKind::kProcessBegins});
   }
   return records;
 }
@@ -90,9 +94,7 @@ size_t BeginOfProcess(const std::vector<RawRecord>& records, size_t first) {
 std::vector<size_t> Begins(const std::vector<RawRecord>& records) {
   std::vector<size_t> begins;
   for (size_t i = 0; i < records.size(); ++i) {
-    if (support::MeaningOf(records[i].text).kind == support::LineKind::kProcessBegins) {
-      begins.push_back(BeginOfProcess(records, i));
-    }
+    if (records[i].begins_process) begins.push_back(BeginOfProcess(records, i));
   }
   // Nothing is left out, whatever there is.
   if (!records.empty() && begins.empty()) begins.push_back(0);
