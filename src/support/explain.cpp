@@ -21,6 +21,7 @@ class VerdictKeeper final : public LogListener {
   VerdictKeeper(NotebookVerdict& verdict, LogListener& listener)
       : m_verdict(verdict), m_listener(listener) {}
 
+  void OnPart(const std::string& file) override { m_listener.OnPart(file); }
   void OnLine(const LogLine& line, LineMeaning meaning) override {
     ++m_lines;
     if (m_verdict.first_seen.empty()) m_verdict.first_seen = line.time;

@@ -23,6 +23,7 @@ void LogStory::BeginFile(const std::string& name, bool new_log) {
     m_process.begin.file = name;
   }
   m_file = name;
+  m_listener.OnPart(name);
 }
 
 void LogStory::EndFile(uint64_t strays, bool ends_in_mid_line) {

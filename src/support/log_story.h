@@ -89,6 +89,8 @@ class LogListener {
   LogListener& operator=(const LogListener&) = delete;
   virtual ~LogListener() = default;
 
+  // A part of a log begins; its lines follow.
+  virtual void OnPart(const std::string& /*file*/) {}
   virtual void OnLine(const LogLine& /*line*/, LineMeaning /*meaning*/) {}
   virtual void OnProcess(const Process& /*begun*/) {}
   virtual void OnTrigger(const Trigger& /*trigger*/) {}
