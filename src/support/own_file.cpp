@@ -38,7 +38,7 @@ std::string WhyNotOurs(const fs::path& file, std::string_view mark) {
 }
 
 std::string WriteOwnFile(const fs::path& file, std::string_view content) {
-  const std::string failure = file.string() + ": it cannot be written";
+  std::string failure = file.string() + ": it cannot be written";
   const fs::path temporary = TemporaryName(file);
   if (temporary.empty()) return failure + ": too many files of this name ending in .part";
   std::error_code error;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "support/html_text.h"
 #include "support/printable.h"
@@ -199,9 +200,9 @@ class Page {
     }
     Put(m_out, "<tr><td class=\"number\">", done.number, "</td><td class=\"number\">",
         EscapeHtml(done.begin.time), "</td><td class=\"number\">",
-        DurationText(static_cast<int64_t>(done.seconds * 1000 + 0.5)), "</td><td>",
-        Chip(done.cause), "</td><td class=\"number\">", LinkTo(done.decided), "</td><td>",
-        EscapeHtml(query), "</td><td>", EscapeHtml(set), "</td></tr>\n");
+        DurationText(std::llround(done.seconds * 1000)), "</td><td>", Chip(done.cause),
+        "</td><td class=\"number\">", LinkTo(done.decided), "</td><td>", EscapeHtml(query),
+        "</td><td>", EscapeHtml(set), "</td></tr>\n");
   }
 
   void PutProcess(size_t index) {

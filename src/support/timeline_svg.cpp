@@ -1,5 +1,7 @@
 #include "support/timeline_svg.h"
 
+#include <cmath>
+
 #include "support/html_text.h"
 
 namespace nuvelta::support {
@@ -43,9 +45,8 @@ std::string RunTitle(const TimelineRun& run) {
   if (!run.run) return "a run that the log ends in";
   const CauseInfo& info = InfoOf(run.run->cause);
   std::string title;
-  Put(title, "run ", run.run->number, ", ",
-      DurationText(static_cast<int64_t>(run.run->seconds * 1000 + 0.5)), ": ", NameOf(info.verdict),
-      " (", info.id, "), decided in line ", run.run->decided.line);
+  Put(title, "run ", run.run->number, ", ", DurationText(std::llround(run.run->seconds * 1000)),
+      ": ", NameOf(info.verdict), " (", info.id, "), decided in line ", run.run->decided.line);
   return title;
 }
 
