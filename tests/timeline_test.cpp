@@ -20,7 +20,7 @@ using namespace support;
 using story::ReadFile;
 using story::TemporaryFolder;
 
-constexpr const char* kLogName = "nuvelta_maservice_monitor_HX2208GW_2026-11-16_00.58.46.log";
+constexpr const char* kLogFile = "nuvelta_maservice_monitor_HX2208GW_2026-11-16_00.58.46.log";
 
 // "46.020 1010 h : + ServiceMain", a line each, as a log.
 std::string LogOf(std::string_view lines) {
@@ -37,7 +37,7 @@ struct Made {
 
 Made Make(const std::string& log) {
   const TemporaryFolder folder;
-  const std::filesystem::path file = folder.Path() / kLogName;
+  const std::filesystem::path file = folder.Path() / kLogFile;
   std::ofstream(file, std::ios::binary) << log;
   const std::filesystem::path page = folder.Path() / "page.html";
   const std::filesystem::path trace = folder.Path() / "trace.json";
@@ -93,7 +93,7 @@ bool HasControlCharacters(const std::string& text) {
 
 std::string ScopesOf(const std::string& log) {
   const TemporaryFolder folder;
-  const std::filesystem::path file = folder.Path() / kLogName;
+  const std::filesystem::path file = folder.Path() / kLogFile;
   std::ofstream(file, std::ios::binary) << log;
   TimelineModel model;
   TimelineReader reader(model);
@@ -265,7 +265,7 @@ TEST(TimelineTrace, KeepsTheOrderWithinAMillisecond) {
 
 TEST(Timeline, WritesOverNothingButItsOwn) {
   const TemporaryFolder folder;
-  const auto log = folder.Path() / kLogName;
+  const auto log = folder.Path() / kLogFile;
   const auto page = folder.Path() / "page.html";
   std::ofstream(log) << LogOf("46.000 1010 i :   NService::Run entry\n");
   std::string said;
