@@ -49,23 +49,58 @@ class VirtualMachine::Target final : public ActionTarget {
   Parts& m_parts;
 };
 
-void VirtualMachine::Direct() {
+// Up to the visit, if one comes before the last of them.
+void VirtualMachine::PlayEvents() {
   Parts& parts = *m_parts;
   Target target(*this);
+  const std::optional<Nanoseconds> last =
+      m_visit.at ? std::optional(parts.start + *m_visit.at) : std::nullopt;
   for (const Event& event : m_scenario.events) {
     for (uint32_t i = 0; i < event.repeat; ++i) {
       const Nanoseconds due = parts.start + event.at + i * event.every;
+      if (last && due > *last) return;
       if (due > parts.scheduler.Now()) {
         parts.scheduler.SleepUnlessCutShort(due - parts.scheduler.Now());
       }
-      if (parts.scheduler.CutShort()) return CutShort();
+      if (parts.scheduler.CutShort()) return;
       PlayAction(event.action, parts.modem.Description(), target);
     }
   }
+}
+
+void VirtualMachine::Direct() {
+  Parts& parts = *m_parts;
+  PlayEvents();
+  if (m_visit.body && m_visit.at) {
+    const Nanoseconds due = parts.start + *m_visit.at;
+    if (due > parts.scheduler.Now())
+      parts.scheduler.SleepUnlessCutShort(due - parts.scheduler.Now());
+    return parts.scheduler.CutShort() ? CutShort() : Receive();
+  }
+  if (parts.scheduler.CutShort()) return CutShort();
   const bool rested = parts.scheduler.WaitForRest(m_scenario.rest_within);
   if (parts.scheduler.CutShort()) return CutShort();
   if (!rested) Note(kDoesNotRest);
+  if (m_visit.body) return Receive();
   EndStory();
+}
+
+// The visitor's process, behind which the story is over.
+void VirtualMachine::Receive() {
+  constexpr uint32_t kVisitor = 0x2F00;
+  Parts& parts = *m_parts;
+  parts.inspection.Tell(parts.service_control.Running());
+  parts.scheduler.Change([&] { parts.over = true; });
+  KillService(parts.current);
+  parts.scheduler.Change([&] { parts.ended.ended = false; });
+  parts.scheduler.Spawn("visitor", kVisitor, [&] {
+    m_visit.body();
+    parts.scheduler.KillProcess(kVisitor);
+    parts.scheduler.AwaitLastOfProcess(kVisitor);
+    parts.EndProcess();
+    parts.scheduler.Change([&] { parts.ended.ended = true; });
+  });
+  parts.scheduler.Wait(parts.ended, std::nullopt);
 }
 
 // No more than the service's process is taken back.

@@ -11,6 +11,7 @@
 #include "notebook/machine/virtual_devices.h"
 #include "notebook/machine/virtual_event_log.h"
 #include "notebook/machine/virtual_files.h"
+#include "notebook/machine/virtual_inspection.h"
 #include "notebook/machine/virtual_machine.h"
 #include "notebook/machine/virtual_memory.h"
 #include "notebook/machine/virtual_mobile_broadband.h"
@@ -51,6 +52,7 @@ struct VirtualMachine::Parts {
   VirtualEventLog event_log;
   VirtualFiles files;
   VirtualFirmware firmware;
+  VirtualInspection inspection;
   VirtualMemory memory;
   VirtualMobileBroadband mobile_broadband;
   VirtualRegistry registry;

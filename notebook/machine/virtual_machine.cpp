@@ -23,7 +23,7 @@ Nanoseconds StartOf(const Scenario& scenario) {
 }
 
 VirtualMachine::VirtualMachine(const Scenario& scenario, Program program, const Options& options)
-    : m_scenario(scenario), m_program(std::move(program)) {
+    : m_scenario(scenario), m_program(std::move(program)), m_visit(options.visit) {
   m_parts = std::make_unique<Parts>(
       m_scenario, StartOf(m_scenario), options, [this](const std::string& line) {
         m_parts->scheduler.Spawn("cmd.exe", 0, [this, line] { RunShell(line); });

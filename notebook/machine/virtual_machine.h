@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,16 @@ Nanoseconds StartOf(const Scenario& scenario);
 
 class VirtualMachine {
  public:
+  // Somebody who looks at the notebook in the middle of its story, which ends there: the
+  // service's process has been ended, as it would disturb and be disturbed, but the
+  // notebook's inspection tells of it as if it ran. `body` is a process of its own.
+  struct Visit {
+    std::function<void()> body;
+    // Since the story's start, behind what happens then. None: when the service rests
+    // behind the last event.
+    std::optional<Nanoseconds> at{};
+  };
+
   struct Options {
     Scheduler::Mode mode = Scheduler::Mode::kDeterministic;
     uint64_t seed = 1;
@@ -38,6 +49,7 @@ class VirtualMachine {
     // start. Once it answers false the service's process is ended, and with it the
     // story. Empty: it goes on to its end.
     std::function<bool(Nanoseconds story_time)> go_on{};
+    Visit visit{};  // without a body: nobody comes
   };
 
   // Sets the host process's time zone to the story's.
@@ -62,6 +74,8 @@ class VirtualMachine {
   // In director.cpp: what happens to the notebook, and when.
   class Target;
   void Direct();
+  void PlayEvents();
+  void Receive();
   void EndStory();
   void CutShort();
   void RunShell(const std::string& command_line);
@@ -75,6 +89,7 @@ class VirtualMachine {
 
   const Scenario m_scenario;
   const Program m_program;
+  const Visit m_visit;
   std::unique_ptr<Parts> m_parts;
 };
 

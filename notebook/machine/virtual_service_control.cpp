@@ -155,6 +155,7 @@ NotifyHandle VirtualServiceControl::RegisterDeviceNotificationW(
 void VirtualServiceControl::BeginProcess(uint32_t process) {
   const std::lock_guard lock(m_mutex);
   m_process = process;
+  m_since = m_context.scheduler.Now();
   m_status = {.dwServiceType = platform::kServiceWin32OwnProcess,
               .dwCurrentState = platform::kServiceStartPending};
   m_dispatcher = std::make_shared<Dispatcher>();
@@ -250,6 +251,11 @@ void VirtualServiceControl::SendPowerEvent(uint32_t type) {
   }
   if (queue == nullptr) return;
   m_context.scheduler.Change([&] { queue->types.push_back(type); });
+}
+
+RunningService VirtualServiceControl::Running() const {
+  const std::lock_guard lock(m_mutex);
+  return {.process = m_process, .status = m_status, .since = m_since};
 }
 
 std::vector<StatusReport> VirtualServiceControl::Reports() const {

@@ -15,6 +15,13 @@
 
 namespace nuvelta::virtual_notebook {
 
+// The service as the manager knows it.
+struct RunningService {
+  uint32_t process = 0;  // 0: it does not run
+  platform::ServiceStatus status{};
+  Nanoseconds since{};  // when the process began
+};
+
 class VirtualServiceControl final : public platform::ServiceControl {
  public:
   // `launch` runs an elevated command line.
@@ -60,6 +67,7 @@ class VirtualServiceControl final : public platform::ServiceControl {
   void SendPowerSetting(const platform::Guid& setting, uint32_t data);
   void SendPowerEvent(uint32_t type);
 
+  RunningService Running() const;
   std::vector<StatusReport> Reports() const;
   std::vector<RefusedControl> Refused() const;
 
@@ -84,6 +92,7 @@ class VirtualServiceControl final : public platform::ServiceControl {
   mutable std::mutex m_mutex;
   uint32_t m_process = 0;
   platform::ServiceStatus m_status;
+  Nanoseconds m_since{};
   bool m_stop_sent = false;
   platform::HandlerFunction m_handler = nullptr;
   void* m_handler_context = nullptr;

@@ -24,6 +24,13 @@ struct RunOptions {
   bool free_running = false;
 };
 
+struct DoctorCommand {
+  std::string file;
+  std::optional<double> at;  // seconds of the story
+  bool query = true;
+  bool json = false;
+};
+
 // All scenarios, "-" being the one on standard input, or none when one of them is
 // bad; says which.
 std::optional<std::vector<virtual_notebook::Scenario>> ReadAll(
@@ -36,6 +43,9 @@ int ShowSummary(const Summary& summary, size_t number, size_t count, bool json);
 // Plays scenarios; nothing runs when one of them cannot be read. From then on it is
 // interruptible: what has been played is still summed up.
 int Run(const RunOptions& options);
+// Plays a scenario up to a moment and has the support program's doctor look at the notebook
+// then. Answers the doctor's exit code.
+int Doctor(const DoctorCommand& command);
 // Lists the scenarios of a folder with their titles.
 int List(const std::string& folder);
 // Reads scenarios and reports what is wrong with them.

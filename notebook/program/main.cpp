@@ -8,11 +8,13 @@
 
 #include "notebook/program/commands.h"
 #include "notebook/story/standard_output.h"
+#include "support/explain.h"
 
 namespace nuvelta::story {
 namespace {
 
 constexpr const char* kProgram = "virtual_notebook";
+constexpr double kLongestStory = 1e9;  // seconds
 
 // The library's own reading of numbers takes a sign, and wraps around.
 uint64_t ParseSeed(const std::string& text) {
@@ -35,7 +37,9 @@ int Main(int argc, char** argv) {
   app.footer(
       "Exit code: 0 when every story ran to its end, 1 when the service crashed or was stuck,\n"
       "2 for bad input, 4 when the log or the report could not be written, 128 and the signal\n"
-      "when interrupted. The scenario format is described in docs/scenarios.md.");
+      "when interrupted. Of doctor: 0 radio on, 1 off by rule, 2 off by failure, 3 unknown,\n"
+      "4 for bad input or when the answer could not be written. The scenario format is described "
+      "in docs/scenarios.md.");
 
   RunOptions run_options;
   std::string summary_format;
@@ -69,18 +73,36 @@ int Main(int argc, char** argv) {
   CLI::App* calls = app.add_subcommand("calls", "List the calls that a scenario can refuse");
   calls->add_flag("--schema", schema, "As definitions of the format's JSON schema");
 
+  DoctorCommand doctor_command;
+  bool no_query = false;
+  CLI::App* doctor = app.add_subcommand(
+      "doctor", "Say why a notebook's radio is on or off at a moment of its story");
+  doctor->add_option("FILE", doctor_command.file, "The scenario file; - is standard input")
+      ->required();
+  doctor
+      ->add_option("--at", doctor_command.at,
+                   "Seconds from the story's start (default: at rest behind its last event)")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, kLongestStory));
+  doctor->add_flag("--no-query", no_query, "Leave the modem alone: no session, no command");
+  doctor->add_flag("--json", doctor_command.json,
+                   "A JSON object, as docs/doctor.schema.json has it");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream err;
-    const int result = app.exit(error, out, err) == 0 ? kRanToItsEnd : kBadInput;
+    const int bad = doctor->count() > 0 ? support::kBadInput : kBadInput;
+    const int result = app.exit(error, out, err) == 0 ? kRanToItsEnd : bad;
     StandardOutput().Print(out.str());
     std::fputs(err.str().c_str(), stderr);
     return result;
   }
   run_options.json = summary_format == "json";
   if (run->parsed()) return Run(run_options);
+  doctor_command.query = !no_query;
+  if (doctor->parsed()) return Doctor(doctor_command);
   if (list->parsed()) return List(folder);
   if (calls->parsed()) return Calls(schema);
   return Check(checked);

@@ -20,7 +20,8 @@ VirtualMachine::Options MachineOptions(const Scenario& scenario, const Options& 
   return {.mode = options.free_running ? Scheduler::Mode::kFree : Scheduler::Mode::kDeterministic,
           .seed = options.seed.value_or(scenario.seed),
           .disk = options.disk,
-          .go_on = options.go_on};
+          .go_on = options.go_on,
+          .visit = options.visit};
 }
 
 }  // namespace

@@ -19,6 +19,7 @@ struct Options {
   bool free_running = false;       // all threads at once instead of one at a time
   // See VirtualMachine::Options.
   std::function<bool(virtual_notebook::Nanoseconds story_time)> go_on{};
+  virtual_notebook::VirtualMachine::Visit visit{};
 };
 
 // The service's program, as the notebook's service control manager runs it.

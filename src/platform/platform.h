@@ -9,6 +9,7 @@ class Environment;
 class EventLog;
 class Files;
 class Firmware;
+class Inspection;
 class Memory;
 class MobileBroadband;
 class NetworkAdapters;
@@ -27,6 +28,7 @@ struct Platform {
   EventLog* event_log = nullptr;
   Files* files = nullptr;
   Firmware* firmware = nullptr;
+  Inspection* inspection = nullptr;  // null in the service, which asks for none of it
   Memory* memory = nullptr;
   MobileBroadband* mobile_broadband = nullptr;
   NetworkAdapters* network = nullptr;

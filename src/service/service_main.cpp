@@ -4,6 +4,7 @@
 
 #include "common/func_trace.h"
 #include "common/logger.h"
+#include "common/service_name.h"
 #include "platform/environment.h"
 #include "platform/platform.h"
 #include "platform/service_control.h"
@@ -19,7 +20,6 @@ namespace nuvelta {
 
 namespace {
 
-constexpr std::u16string_view kServiceName = u"Nuvelta Wireless AUTH Service HX2208";
 constexpr const char* kMain = "wmain";
 constexpr const char* kServiceMain = "ServiceMain";
 constexpr uint32_t kStartWaitHint = 1000;  // milliseconds

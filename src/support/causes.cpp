@@ -83,6 +83,11 @@ constexpr std::array kCauses{
               "Update the modem's firmware."},
     CauseInfo{Cause::kModemNotReady, "modem_not_ready", Verdict::kOffByFailure,
               "the modem said that it is not ready (level -2)", kIfItStays},
+    CauseInfo{Cause::kWouldSwitchOn, "would_switch_on", Verdict::kOffByFailure,
+              "the radio is off though nothing forbids it: the service would switch it on at its "
+              "next trigger",
+              "See that the service runs, and restart it: a start is a trigger. If the radio "
+              "stays off, the service's log says how the set command ended."},
     CauseInfo{Cause::kSetNotAnswered, "set_not_answered", Verdict::kOffByFailure,
               "the modem did not answer the set command within two seconds; whether it has "
               "obeyed is not known",
@@ -104,10 +109,13 @@ constexpr std::array kCauses{
               "the service could not make the thread that does its work",
               "Restart the service when the system has memory to spare."},
 
+    CauseInfo{Cause::kNotAsked, "not_asked", Verdict::kUnknown,
+              "nothing forbids the radio, and the modem was not asked whether it is on",
+              "Run the doctor without --no-query."},
     CauseInfo{Cause::kLogSwitchedOff, "log_switched_off", Verdict::kUnknown,
               "the log is empty: as a rule it is switched off in the registry",
               "Set IsMAServiceLog to 1 below HKLM\\SOFTWARE\\Nuvelta Wireless Inc\\Logs, or delete "
-              "it, and restart the service."},
+              "it, and restart the service. The doctor command needs no log."},
     CauseInfo{Cause::kNoRun, "no_run", Verdict::kUnknown,
               "the log shows no run of the service's task",
               "Ask for the other parts of the log; a later one may hold the run."},

@@ -43,6 +43,7 @@ enum class Cause : uint8_t {
   kQueryTooShort,
   kModemSaysUnsupported,
   kModemNotReady,
+  kWouldSwitchOn,
   kSetNotAnswered,
   kSetFailed,
   kSetRefused,
@@ -50,6 +51,7 @@ enum class Cause : uint8_t {
   kServiceNotStarted,
   kNoWorker,
 
+  kNotAsked,
   kLogSwitchedOff,
   kNoRun,
   kRunUnfinished,

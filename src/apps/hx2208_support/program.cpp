@@ -1,0 +1,128 @@
+// hx2208_support: why is this radio on or off? Reads only.
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "apps/hx2208_support/program.h"
+#include "support/doctor.h"
+#include "support/explain.h"
+#include "support/timeline.h"
+
+namespace nuvelta::support {
+
+namespace {
+
+constexpr const char* kProgram = "hx2208_support";
+
+constexpr const char* kFooter =
+    "Exit code of explain and doctor: 0 radio on, 1 off by rule, 2 off by failure, 3 unknown,\n"
+    "4 bad input, 5 when the answer could not be written. Of several notebooks the one to be\n"
+    "looked at first counts: off by failure, unknown, off by rule, on. docs/support.md describes\n"
+    "the causes.\n"
+    "Exit code of timeline: 0 written, whatever the verdict, 4 bad input, also when a file that\n"
+    "is not its own is in the way, 5 when it could not be written.";
+
+void PrintTo(std::FILE* file, std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), file);
+}
+
+void Answer(std::string_view text) { PrintTo(stdout, text); }
+
+void Complain(std::string_view text) {
+  std::fflush(stdout);
+  PrintTo(stderr, std::string(kProgram) + ": " + std::string(text));
+}
+
+// What was asked for.
+struct Request {
+  std::vector<std::string> paths;
+  TimelineRequest timeline;
+  bool json = false;
+  bool no_query = false;
+};
+
+CLI::App* AddExplain(CLI::App& app, Request& request) {
+  CLI::App* const explain = app.add_subcommand("explain", "Explain the service's log files");
+  explain->add_option("PATH", request.paths, "Log files or folders; each folder is a notebook")
+      ->required();
+  explain->add_flag("--json", request.json, "JSON Lines, as docs/support.schema.json has them");
+  return explain;
+}
+
+CLI::App* AddTimeline(CLI::App& app, Request& request) {
+  CLI::App* const timeline = app.add_subcommand(
+      "timeline", "Draw a notebook's log as a page: threads, runs, commands, the radio");
+  timeline
+      ->add_option("PATH", request.timeline.path,
+                   "A log file, or the folder of one notebook's logs")
+      ->required();
+  timeline
+      ->add_option("-o,--output", request.timeline.page,
+                   "The page, FILE.html; one that is there is replaced if it is a timeline")
+      ->required();
+  timeline->add_option("--trace", request.timeline.trace,
+                       "Also a FILE.json in the trace event format, for trace viewers");
+  return timeline;
+}
+
+CLI::App* AddDoctor(CLI::App& app, Request& request) {
+  CLI::App* const doctor =
+      app.add_subcommand("doctor", "Walk the service's decision on this notebook, now");
+  doctor->add_flag("--no-query", request.no_query, "Leave the modem alone: no session, no command");
+  doctor->add_flag("--json", request.json, "A JSON object, as docs/doctor.schema.json has it");
+  return doctor;
+}
+
+int ExplainLogs(const Request& request, bool colour) {
+  const auto explanation = request.json ? MakeJsonExplanation(Answer, Complain)
+                                        : MakeTextExplanation(Answer, Complain, colour);
+  return Explain(request.paths, *explanation);
+}
+
+int Doctor(const Request& request, bool colour) {
+  const Diagnosis diagnosis = Diagnose({.query = !request.no_query});
+  Answer(request.json ? DiagnosisJson(diagnosis) : DiagnosisText(diagnosis, colour));
+  return ExitCodeOf(InfoOf(diagnosis.run.cause).verdict);
+}
+
+int Main(int argc, char** argv, const Host& host) {
+  CLI::App app{"Says why a notebook's radio is on or off. Changes nothing.", kProgram};
+  app.require_subcommand(1);
+  app.set_version_flag("--version", std::string(kProgram) + " " + NUVELTA_VERSION,
+                       "Print the version and exit");
+  app.footer(kFooter);
+  Request request;
+  AddExplain(app, request);
+  const CLI::App* const timeline = AddTimeline(app, request);
+  const CLI::App* const doctor = host.notebook ? AddDoctor(app, request) : nullptr;
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kBadInput;
+  }
+  if (timeline->parsed()) return WriteTimeline(request.timeline, Answer, Complain);
+  if (doctor != nullptr && doctor->parsed()) return Doctor(request, host.colour);
+  return ExplainLogs(request, host.colour);
+}
+
+}  // namespace
+
+int RunProgram(int argc, char** argv, const Host& host) {
+  int result = kNotWritten;
+  try {
+    result = Main(argc, argv, host);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
+  }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    std::fprintf(stderr, "%s: the answer could not be written\n", kProgram);
+    return kNotWritten;
+  }
+  return result;
+}
+
+}  // namespace nuvelta::support
