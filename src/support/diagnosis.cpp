@@ -30,10 +30,24 @@ StepState StateOf(const AdapterListFacts& network) {
   return kBad;
 }
 
+StepState StateOf(const std::vector<SwitchFacts>& switches) {
+  StepState state = kGood;
+  for (const SwitchFacts& facts : switches) {
+    if (SwitchesChecksOff(facts) || (facts.name == kLogSwitch && facts.read == 0)) return kWarning;
+    if (facts.error != 0 && facts.error != platform::kErrorFileNotFound) state = kNotSeen;
+  }
+  return state;
+}
+
 StepState PlatformState(const Diagnosis& all) {
   if (!all.firmware.listed) return all.firmware.has_table ? kGood : kNotSeen;
   if (all.devices.id.empty() && all.devices.error != 0) return kNotSeen;
   return GoodIf(IsAllowedModem(all.firmware.key, all.devices.id));
+}
+
+StepState ModemState(const ModemFacts& modem) {
+  if (modem.error != 0) return kNotSeen;
+  return GoodIf(modem.present && modem.vendor_service);
 }
 
 StepState QueryState(const ModemFacts& modem) {
@@ -57,13 +71,10 @@ std::string MeaningOf(const SwitchFacts& facts) {
 }
 
 StepStates StatesOf(const Diagnosis& all) {
-  const bool warns = std::ranges::any_of(all.switches, [](const SwitchFacts& facts) {
-    return SwitchesChecksOff(facts) || (facts.name == kLogSwitch && facts.read == 0);
-  });
   const bool needed = all.firmware.listed;
   return {.service = StateOf(all.service),
           .log_folder = all.log_folder.error == 0 ? kTold : kNotSeen,
-          .switches = warns ? kWarning : kGood,
+          .switches = StateOf(all.switches),
           .firmware = all.firmware.has_table ? kTold : kNotSeen,
           .platform = PlatformState(all),
           .fcc_mode = all.firmware.has_table ? GoodIf(all.fcc.declared) : kNotSeen,
@@ -71,7 +82,7 @@ StepStates StatesOf(const Diagnosis& all) {
           .devices = all.devices.error != 0 ? kNotSeen
                      : needed               ? GoodIf(!all.devices.id.empty())
                                             : kTold,
-          .modem = GoodIf(all.modem.present && all.modem.vendor_service),
+          .modem = ModemState(all.modem),
           .query = QueryState(all.modem)};
 }
 
