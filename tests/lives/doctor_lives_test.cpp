@@ -33,6 +33,11 @@ json MakeStory(uint64_t seed) {
   if (story["notebook"].contains("registry")) {
     story["notebook"]["registry"].erase("SOFTWARE\\Nuvelta Wireless Inc\\Logs");
   }
+  // More often than in lives, which are about other things.
+  if (dice.Percent(25)) {
+    story["notebook"]["registry"][explore::kSettingsKey]["SupportVerifyPlatform"] =
+        explore::MakeSwitchValue(dice);
+  }
   story["events"] = json::array({{{"do", "start"}, {"at", 0}}});
   for (auto left = dice.Between(0, 2); left > 0; --left) {
     json change = explore::MakeModemChange(dice);
