@@ -1,4 +1,4 @@
-// What `explain --json` prints is what its schema says.
+// What `explain --json` and `doctor --json` print is what their schemas say.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -9,6 +9,7 @@
 #include "schema_validator.h"
 #include "source_folder.h"
 #include "story_support.h"
+#include "support/doctor.h"
 #include "support/explain.h"
 
 namespace nuvelta::test {
@@ -43,6 +44,25 @@ TEST(ExplainSchema, DescribesEveryLineOfEveryShippedStory) {
   }
   EXPECT_EQ(types,
             (std::set<std::string>{"trigger", "event", "run", "process", "verdict", "fleet"}));
+}
+
+TEST(DoctorSchema, DescribesWhatIsSeenOfEveryShippedNotebook) {
+  const json forms = json::parse(story::ReadFile(SourceFolder() / "docs/doctor.schema.json"));
+  const SchemaValidator schema(forms);
+  std::set<std::string> causes;
+  for (const std::string& name : ShippedScenarios()) {
+    const TemporaryFolder disk;
+    support::Diagnosis diagnosis;
+    story::Play(Shipped(name), {.disk = disk.Path(),
+                                .visit = {.body = [&] { diagnosis = support::Diagnose({}); }}});
+    const json seen = json::parse(support::DiagnosisJson(diagnosis));
+    EXPECT_TRUE(schema.Accepts(seen)) << name << ": " << seen.dump();
+    json other = seen;
+    other["more"] = 1;
+    EXPECT_FALSE(schema.Accepts(other)) << name;
+    causes.insert(seen["cause"]);
+  }
+  EXPECT_GE(causes.size(), 8U);
 }
 
 }  // namespace
