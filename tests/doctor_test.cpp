@@ -117,6 +117,7 @@ TEST(Doctor, LooksAtAHealthyNotebookAtRest) {
 
   => radio on [already_on], if an adapter arrived now
      reason      the modem said that the radio is on already
+     would log   CFUN = 1, cfun 1,will do nothing
      what to do  Nothing.
 )");
   // The service's query and set command, then the doctor's query.

@@ -177,7 +177,7 @@ Object QueryObject(const ModemFacts& facts) {
 std::string DiagnosisJson(const Diagnosis& all) {
   const StepStates states = StatesOf(all);
   Object json{{"type", "doctor"}, {"time", all.time}};
-  const auto add = [&](const char* step, StepState state, Object facts) {
+  const auto add = [&](const char* step, StepState state, const Object& facts) {
     json[step] = {{"state", StepStateName(state)}};
     json[step].update(facts);
   };

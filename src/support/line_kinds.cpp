@@ -316,6 +316,12 @@ LineMeaning MeaningOfMessage(std::string_view message) {
   return texts.Find(message);
 }
 
+std::string_view TextOf(LineKind kind) {
+  const auto* const found = std::ranges::find(kTexts, kind, &Text::kind);
+  if (found == kTexts.end()) return {};
+  return found->text.substr(0, found->text.find('*'));
+}
+
 LineMeaning MeaningOf(std::string_view text) {
   static const Index scopes(kScopes);
   constexpr std::string_view kMessage = " :   ";

@@ -129,5 +129,7 @@ struct LineMeaning {
 LineMeaning MeaningOf(std::string_view text);
 // The same of the message alone, without its tag; trace scopes are no messages.
 LineMeaning MeaningOfMessage(std::string_view message);
+// The text of a message of that kind, without what differs; empty for other kinds.
+std::string_view TextOf(LineKind kind);
 
 }  // namespace nuvelta::support

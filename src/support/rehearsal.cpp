@@ -51,7 +51,7 @@ class Listening final : public LogListenerForSimulation {
   void OnLost(const std::string& /*why*/) override {}
 
   // What doJob itself would say, and the scopes, which are no messages.
-  void Say(LineKind kind) { Take({.kind = kind}, {}); }
+  void Say(LineKind kind) { Take({.kind = kind}, TextOf(kind)); }
 
   Run End() {
     m_reader.End("0", {.line = m_lines, .time = LogTime()});
