@@ -2,20 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <span>
-#include <vector>
+
+#include "support/text_index.h"
 
 namespace nuvelta::support {
 
 namespace {
 
 using enum LineKind;
-
-// A text ends in "*" where something follows that differs; "[#]" is a number in brackets.
-struct Text {
-  std::string_view text;
-  LineKind kind = kOther;
-};
+using Text = KnownText;
 
 // In the order in which a healthy start writes them; what fails behind it.
 constexpr std::array kTexts{
@@ -249,93 +244,40 @@ constexpr std::array kScopes{
     Text{"ServiceMain"},
 };
 
-// The text behind a number in brackets at its front, with "[#]" cut off of both.
-std::string_view BehindIndex(std::string_view text) {
-  size_t at = 1;
-  while (at < text.size() && text[at] >= '0' && text[at] <= '9') ++at;
-  return at > 1 && at < text.size() && text[at] == ']' ? text.substr(at + 1) : std::string_view();
-}
-
-// Whether `text` is that of `pattern`; what follows the fixed part goes to `rest`.
-bool Match(std::string_view text, std::string_view pattern, std::string_view& rest) {
-  for (;;) {
-    const size_t index = pattern.find("[#]");
-    const std::string_view fixed = pattern.substr(0, index);
-    if (fixed.ends_with('*')) {
-      if (!text.starts_with(fixed.substr(0, fixed.size() - 1))) return false;
-      rest = text.substr(fixed.size() - 1);
-      return true;
-    }
-    if (index == std::string_view::npos) return text == fixed;
-    if (!text.starts_with(fixed)) return false;
-    text = BehindIndex(text.substr(fixed.size()));
-    if (text.empty()) return false;
-    pattern.remove_prefix(index + 3);
-  }
-}
-
-// Patterns by the first characters of what they begin with, so that a line is compared
-// with few of them.
-class Index {
- public:
-  explicit Index(std::span<const Text> texts) : m_texts(texts) {
-    for (size_t i = 0; i < texts.size(); ++i) {
-      m_slots[SlotOf(texts[i].text)].push_back(static_cast<uint16_t>(i));
-    }
-  }
-
-  LineMeaning Find(std::string_view text) const {
-    LineMeaning meaning;
-    for (const uint16_t i : m_slots[SlotOf(text)]) {
-      if (!Match(text, m_texts[i].text, meaning.rest)) continue;
-      meaning.kind = m_texts[i].kind;
-      return meaning;
-    }
-    return {};
-  }
-
- private:
-  static constexpr size_t kSlots = 1024;
-
-  // Texts with a number in front share a slot.
-  static size_t SlotOf(std::string_view text) {
-    if (text.starts_with('[')) return 0;
-    size_t hash = 0;
-    for (const char letter : text.substr(0, 4)) hash = hash * 131 + static_cast<uint8_t>(letter);
-    return hash % kSlots;
-  }
-
-  std::span<const Text> m_texts;
-  std::array<std::vector<uint16_t>, kSlots> m_slots;
-};
-
 }  // namespace
 
 LineMeaning MeaningOfMessage(std::string_view message) {
-  static const Index texts(kTexts);
+  static const TextIndex texts(kTexts);
   return texts.Find(message);
 }
 
 std::string_view TextOf(LineKind kind) {
-  const auto* const found = std::ranges::find(kTexts, kind, &Text::kind);
+  const auto* const found = std::ranges::find(kTexts, kind, &KnownText::kind);
   if (found == kTexts.end()) return {};
   return found->text.substr(0, found->text.find('*'));
 }
 
 LineMeaning MeaningOf(std::string_view text) {
-  static const Index scopes(kScopes);
-  constexpr std::string_view kMessage = " :   ";
-  if (text.size() < 6) return {};
-  if (text.starts_with("h : ")) {
-    LineMeaning meaning = scopes.Find(text.substr(6));
-    const bool enters = text.substr(4, 2) == "+ ";
-    if (!enters && text.substr(4, 2) != "- ") return {};
-    if (!enters && meaning.kind != kUnknown) meaning.kind = kLeave;
-    meaning.rest = text.substr(6);
-    return meaning;
+  static const TextIndex scopes(kScopes);
+  constexpr size_t kTag = 6;  // "i :   ", "h : + "
+  if (text.size() < kTag) return {};
+  const std::string_view tag = text.substr(1, kTag - 1);
+  switch (text.front()) {
+    case 'h': {
+      const bool enters = tag == " : + ";
+      if (!enters && tag != " : - ") return {};
+      LineMeaning meaning = scopes.Find(text.substr(kTag));
+      if (!enters && meaning.kind != kUnknown) meaning.kind = kLeave;
+      meaning.rest = text.substr(kTag);
+      return meaning;
+    }
+    case 'e':
+    case 'i':
+    case 'w':
+      return tag == " :   " ? MeaningOfMessage(text.substr(kTag)) : LineMeaning();
+    default:
+      return {};
   }
-  if (text.find_first_of("eiw") != 0 || text.substr(1, kMessage.size()) != kMessage) return {};
-  return MeaningOfMessage(text.substr(1 + kMessage.size()));
 }
 
 }  // namespace nuvelta::support

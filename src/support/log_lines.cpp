@@ -1,10 +1,9 @@
 #include "support/log_lines.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
-
-#include "support/text_shape.h"
 
 namespace nuvelta::support {
 
@@ -16,13 +15,45 @@ constexpr size_t kThreadLength = 8;
 // The logger cuts a message at 4095 characters; what goes on much longer is none of its.
 constexpr size_t kLongestRecord = 65536;
 
+// The shape as the two ranges in which each of its characters may be, which the compiler
+// makes a few wide comparisons of: every line of a log is held to it.
+constexpr size_t kWide = 32;  // all but the last blank
+struct Ranges {
+  std::array<uint8_t, kWide> low{}, span{}, other_low{}, other_span{};
+};
+
+constexpr Ranges kRanges = [] {
+  Ranges ranges;
+  for (size_t i = 0; i < kWide; ++i) {
+    const bool digit = kShape[i] == 'd' || kShape[i] == 'x';
+    ranges.low[i] = ranges.other_low[i] = static_cast<uint8_t>(digit ? '0' : kShape[i]);
+    ranges.span[i] = ranges.other_span[i] = digit ? 9 : 0;
+    if (kShape[i] != 'x') continue;
+    ranges.other_low[i] = 'a';
+    ranges.other_span[i] = 5;
+  }
+  return ranges;
+}();
+
+bool HasShape(const char* text) {
+  uint8_t wrong = 0;
+  for (size_t i = 0; i < kWide; ++i) {
+    const auto letter = static_cast<uint8_t>(text[i]);
+    const bool in_one = static_cast<uint8_t>(letter - kRanges.low[i]) <= kRanges.span[i];
+    const bool in_other =
+        static_cast<uint8_t>(letter - kRanges.other_low[i]) <= kRanges.other_span[i];
+    wrong |= static_cast<uint8_t>(!(in_one | in_other));
+  }
+  return wrong == 0 && text[kWide] == kShape[kWide];
+}
+
 enum class Begins { kYes, kNo, kTooFewBytes };
 
 Begins BeginsRecord(std::string_view rest, bool finished) {
   // Most lines inside of a record are told by their first byte.
   if (!rest.empty() && (rest.front() < '0' || rest.front() > '9')) return Begins::kNo;
   if (rest.size() < kShape.size()) return finished ? Begins::kNo : Begins::kTooFewBytes;
-  return BeginsWithShape(rest, kShape) ? Begins::kYes : Begins::kNo;
+  return HasShape(rest.data()) ? Begins::kYes : Begins::kNo;
 }
 
 LogLine MakeLine(std::string_view record, uint64_t number) {
