@@ -60,7 +60,7 @@ class Checker final : public support::LogListener {
 
 void Run(Bytes bytes) {
   Input input(bytes);
-  const size_t piece = 1 + size_t{input.Byte()} * 7;
+  const size_t piece = 1 + size_t{input.Byte()} * 31;
   const std::string log = Input::TextOf(input.Rest());
   const std::vector<LogLine> whole = support::ParseLog(log);
   Checker checker;
