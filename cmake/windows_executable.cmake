@@ -34,12 +34,38 @@ function(nuvelta_static target)
   endif()
 endfunction()
 
-# Links TARGET, whose entry is wmain, as it is shipped: hardened, reproducible,
-# with the link map and the debug symbols in files beside it.
+# Gives TARGET a manifest and a version resource. A build with the placeholder marker says
+# so in the product's name, for it must not be taken for one that can be shipped.
+function(nuvelta_resources target identity description)
+  enable_language(RC)
+  string(REPLACE "." "," version_numbers ${PROJECT_VERSION})
+  set(product "Nuvelta Wireless AUTH Service HX2208")
+  set(file_flags 0)
+  set(special_build "")
+  if(NUVELTA_FCC_MARKER STREQUAL NUVELTA_PLACEHOLDER_MARKER)
+    string(APPEND product " (placeholder marker)")
+    set(file_flags VS_FF_SPECIALBUILD)
+    set(special_build "      VALUE \"SpecialBuild\", \"placeholder marker, which no firmware carries\"\n")
+  endif()
+  set(files ${CMAKE_CURRENT_BINARY_DIR}/${target})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/executable.manifest.in ${files}.manifest @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/executable.rc.in ${files}.rc @ONLY)
+  target_sources(${target} PRIVATE ${files}.rc)
+  set_source_files_properties(${files}.rc PROPERTIES OBJECT_DEPENDS ${files}.manifest)
+endfunction()
+
+# Links TARGET as it is shipped: hardened, reproducible, with the link map and the debug
+# symbols in files beside it. Its entry is wmain, or main with NARROW behind it.
 function(nuvelta_ship target)
   nuvelta_static(${target})
+  set(entry w)
+  set(unicode -municode)
+  if("NARROW" IN_LIST ARGN)
+    set(entry "")
+    set(unicode "")
+  endif()
   if(MSVC)
-    target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:wmainCRTStartup /guard:cf
+    target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:${entry}mainCRTStartup /guard:cf
       /CETCOMPAT /DEPENDENTLOADFLAG:0x800 /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG
       # Incremental linking would keep what nothing refers to.
       /OPT:REF /INCREMENTAL:NO /Brepro
@@ -49,7 +75,7 @@ function(nuvelta_ship target)
   endif()
   # Relative to the build folder, which the symbols would name otherwise.
   file(RELATIVE_PATH folder ${CMAKE_BINARY_DIR} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
-  target_link_options(${target} PRIVATE -municode -mconsole -Wl,-Map,${folder}/${target}.map)
+  target_link_options(${target} PRIVATE ${unicode} -mconsole -Wl,-Map,${folder}/${target}.map)
   set(files ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.map)
   find_program(NUVELTA_LLVM_OBJCOPY llvm-objcopy-16 REQUIRED)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
