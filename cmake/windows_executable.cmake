@@ -15,6 +15,10 @@ else()
       -ffile-compilation-dir=.)
     file(RELATIVE_PATH nuvelta_root ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
     string(REGEX REPLACE "/$" "" nuvelta_root "${nuvelta_root}")
+    if(NUVELTA_CCACHE)
+      # No folder gets into an object, so one checkout's serve another.
+      list(INSERT CMAKE_CXX_COMPILER_LAUNCHER 1 CCACHE_NOHASHDIR=1)
+    endif()
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_CURRENT_LIST_DIR}/relative_paths
       ${PROJECT_SOURCE_DIR} ${nuvelta_root} ${CMAKE_CXX_COMPILER_LAUNCHER})
   endif()
