@@ -15,7 +15,8 @@ def add_options(parser):
     group.add_argument("--sign-key", metavar="FILE", help="its key, PEM")
     group.add_argument("--pkcs12", metavar="FILE", help="certificate and key in one file")
     group.add_argument("--pkcs11-module", metavar="FILE", help="the library of a token")
-    group.add_argument("--pkcs11-engine", metavar="FILE", help="OpenSSL's engine for tokens")
+    group.add_argument("--pkcs11-engine", metavar="FILE",
+                       help="OpenSSL's engine for tokens, where it is not found by itself")
     group.add_argument("--pkcs11-key", metavar="ID", help="the key on the token")
     group.add_argument("--sign-password-file", metavar="FILE",
                        help="the password of key, file or token")
