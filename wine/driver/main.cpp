@@ -17,6 +17,7 @@
 #include "wine/driver/old_logs.h"
 #include "wine/driver/player.h"
 #include "wine/driver/prefix.h"
+#include "wine/driver/service_entry.h"
 #include "wine/story/places.h"
 
 namespace {
@@ -41,9 +42,9 @@ std::vector<std::string> Crashes(wchar_t** words, int count) {
   return crashes;
 }
 
-void Play(const fs::path& file, const std::vector<std::string>& crashes) {
+void Play(const fs::path& file, const std::vector<std::string>& crashes, bool installed = false) {
   const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
-  const wine::StoryInPrefix story(scenario, fs::absolute(file));
+  const wine::StoryInPrefix story(scenario, fs::absolute(file), installed);
   bool hangs = false;
   if (!crashes.empty()) {
     std::ofstream requests(wine::InstallFolder() / wine::kCrashRequestFile);
@@ -55,7 +56,13 @@ void Play(const fs::path& file, const std::vector<std::string>& crashes) {
   // Tells the host that the prefix is ready, and where to look for the log.
   std::printf("logs %s\n", wine::LogFolder().string().c_str());
   std::fflush(stdout);
-  wine::Player(scenario, wine::InstallFolder(), hangs).Play();
+  const fs::path folder = wine::InstallFolder();
+  const std::string& key = scenario.notebook.service_key;
+  wine::Player(
+      scenario, folder,
+      installed ? wine::ServiceEntry(key) : wine::ServiceEntry(key, folder / wine::kServiceFile),
+      hangs)
+      .Play();
 }
 
 int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullptr, 10)); }
@@ -66,6 +73,10 @@ int Run(int argc, wchar_t** argv) {
     Play(argv[2], {});
   } else if (command == L"play" && argc > 3 && !Crashes(argv + 3, argc - 3).empty()) {
     Play(argv[2], Crashes(argv + 3, argc - 3));
+  } else if (command == L"play-installed" && argc == 3) {
+    Play(argv[2], {}, true);
+  } else if (command == L"prepare" && argc == 2) {
+    wine::PrepareForInstaller();
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
@@ -78,10 +89,12 @@ int Run(int argc, wchar_t** argv) {
         "%s\n",
         wine::MeasureStarts(fs::absolute(argv[2]), fs::absolute(argv[3]), Count(argv[4])).c_str());
   } else {
-    std::fprintf(stderr,
-                 "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
-                 "hang-in-message | hang-in-dump)...] | clean | console | cycles N | "
-                 "start-times EXE OTHER N\n");
+    std::fprintf(
+        stderr,
+        "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
+        "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | clean | "
+        "console | cycles N | "
+        "start-times EXE OTHER N\n");
     return kMisused;
   }
   return kDone;

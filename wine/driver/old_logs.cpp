@@ -80,8 +80,6 @@ fs::path LogFolder() {
 
 std::vector<Handle> PutOldLogs(const fs::path& folder,
                                const std::vector<virtual_notebook::OldLog>& logs, int64_t now) {
-  // The service makes the folder, and those above it, when there are no old logs.
-  fs::remove_all(folder.parent_path().parent_path());
   if (!logs.empty()) fs::create_directories(folder);
   std::vector<Handle> in_use;
   for (const virtual_notebook::OldLog& log : logs) {

@@ -42,12 +42,13 @@ bool IsReleased(const fs::path& dump) {
 
 }  // namespace
 
-Player::Player(const Scenario& scenario, const fs::path& folder, bool awaits_end)
+Player::Player(const Scenario& scenario, const fs::path& folder, ServiceEntry service,
+               bool awaits_end)
     : m_scenario(scenario),
       m_folder(folder),
       m_awaits_end(awaits_end),
       m_journal(folder / kJournalFile),
-      m_service(scenario.notebook.service_key, folder / kServiceFile),
+      m_service(std::move(service)),
       m_occurrences(Occurrences(scenario)) {}
 
 void Player::Play() {

@@ -26,7 +26,7 @@ class Player {
   // answer its message box; with `awaits_end` it has to end by itself, and each end is
   // printed. Throws std::runtime_error.
   Player(const virtual_notebook::Scenario& scenario, const std::filesystem::path& folder,
-         bool awaits_end = false);
+         ServiceEntry service, bool awaits_end = false);
 
   // Plays the story to its end; no process of the service is left. What happened is
   // in the journal. Throws std::runtime_error when it cannot be played.

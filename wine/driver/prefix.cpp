@@ -19,6 +19,7 @@ namespace nuvelta::wine {
 namespace fs = std::filesystem;
 using virtual_notebook::Action;
 using virtual_notebook::RegistryContent;
+using virtual_notebook::RegistryValue;
 using virtual_notebook::Scenario;
 using virtual_notebook::Utf16Bytes;
 
@@ -33,14 +34,16 @@ constexpr const char* kClassesKey = "Software\\Microsoft\\WindowsRuntime\\Activa
 
 std::wstring OverridesKey() { return L"Software\\Wine\\AppDefaults\\" + Wide(kServiceFile); }
 
+RegistryValue Text(const fs::path& text) {
+  return {.type = REG_SZ, .data = Utf16Bytes(text.string(), 1)};
+}
+
 // The notebook's registry, and the virtual hardware as the home of the classes
 // that Wine lacks.
 RegistryContent Content(const Scenario& scenario) {
   RegistryContent content = scenario.notebook.registry;
-  const std::string library = (InstallFolder() / kHardwareFile).string();
   for (const char* name : kClasses) {
-    content[std::string(kClassesKey) + name]["DllPath"] = {.type = REG_SZ,
-                                                           .data = Utf16Bytes(library, 1)};
+    content[std::string(kClassesKey) + name]["DllPath"] = Text(InstallFolder() / kHardwareFile);
   }
   return content;
 }
@@ -102,11 +105,14 @@ void ChooseVirtualHardware() {
   }
 }
 
-StoryInPrefix::StoryInPrefix(const Scenario& scenario, const fs::path& scenario_file) {
+StoryInPrefix::StoryInPrefix(const Scenario& scenario, const fs::path& scenario_file,
+                             bool installed) {
   const fs::path folder = InstallFolder();
-  const std::string& key = scenario.notebook.service_key;
+  // The entry that the installer has made is not the story's to remove.
+  const std::string key = installed ? "" : scenario.notebook.service_key;
   const RegistryContent content = Content(scenario);
   RemoveStory(key);
+  if (installed) ServiceEntry(scenario.notebook.service_key).StopStarted();
   const fs::path logs = LogFolder();
   fs::remove(folder / kJournalFile);
   RemoveFiles(folder, ".dmp");
@@ -120,12 +126,35 @@ StoryInPrefix::StoryInPrefix(const Scenario& scenario, const fs::path& scenario_
     }
     InstallStoryDevices(scenario.notebook);
     const auto begin = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    // The service makes the folder, and those above it, when the installer has not.
+    if (installed) {
+      RemoveFiles(logs, ".log");
+    } else {
+      fs::remove_all(logs.parent_path().parent_path());
+    }
     m_logs_in_use = PutOldLogs(logs, scenario.notebook.old_logs, begin.time_since_epoch().count());
     PutStoryFile(folder / kStoryFile, scenario_file, begin);
   } catch (...) {
     RemoveStory(key);
     throw;
   }
+}
+
+void PrepareForInstaller() {
+  const fs::path library = fs::path("C:\\") / kClassesFile;
+  // The run-time's own way to copy over a file fails.
+  fs::remove(library);
+  fs::copy_file(InstallFolder() / kHardwareFile, library);
+  RegistryContent content;
+  for (const char* name : kClasses) {
+    content[std::string(kClassesKey) + name]["DllPath"] = Text(library);
+  }
+  // The oldest Windows that the package takes; and what Wine gives services as
+  // %ProgramData%, which is elsewhere for its installer.
+  const std::string windows = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  content[windows]["CurrentBuildNumber"] = Text("17763");
+  content[windows + "\\ProfileList"]["Public"] = Text("C:\\ProgramData");
+  WriteRegistry(content);
 }
 
 StoryInPrefix::~StoryInPrefix() {

@@ -21,6 +21,15 @@ SERVICE_STATUS_PROCESS StatusOf(SC_HANDLE service) {
 
 }  // namespace
 
+ServiceEntry::ServiceEntry(const std::string& key)
+    : m_manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)),
+      m_service(OpenServiceW(m_manager.get(), Wide(key).c_str(), SERVICE_ALL_ACCESS)) {
+  if (m_service == nullptr) {
+    throw std::runtime_error("the service is not installed: error " +
+                             std::to_string(GetLastError()));
+  }
+}
+
 ServiceEntry::ServiceEntry(const std::string& key, const std::filesystem::path& executable)
     : m_manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)) {
   const std::wstring name = Wide(key);
@@ -55,6 +64,20 @@ DWORD ServiceEntry::Stop() const {
 }
 
 SERVICE_STATUS_PROCESS ServiceEntry::Status() const { return StatusOf(m_service.get()); }
+
+void ServiceEntry::StopStarted() const {
+  if (!Await(SERVICE_RUNNING) || Stop() != ERROR_SUCCESS || !Await(SERVICE_STOPPED)) {
+    throw std::runtime_error("the installed service does not start and stop");
+  }
+}
+
+bool ServiceEntry::Await(DWORD state) const {
+  for (DWORD waited = 0; waited < kEndPatienceMs; waited += kRetryMs) {
+    if (Status().dwCurrentState == state) return true;
+    Sleep(kRetryMs);
+  }
+  return false;
+}
 
 void ServiceEntry::Remove(const std::string& key) {
   const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));

@@ -11,6 +11,8 @@ namespace nuvelta::wine {
 
 class ServiceEntry {
  public:
+  // The entry that is there. Throws std::runtime_error.
+  explicit ServiceEntry(const std::string& key);
   // Creates the entry: own process, started on demand. Throws std::runtime_error.
   ServiceEntry(const std::string& key, const std::filesystem::path& executable);
 
@@ -22,11 +24,17 @@ class ServiceEntry {
   // What the manager knows of it; all zero when it cannot be asked.
   SERVICE_STATUS_PROCESS Status() const;
 
+  // Waits until the manager has started it, as it does by itself when Wine begins, and
+  // stops it. Throws std::runtime_error.
+  void StopStarted() const;
+
   // Ends the process of such a service, waits for that end, and deletes the
   // entry. Nothing happens when there is none.
   static void Remove(const std::string& key);
 
  private:
+  bool Await(DWORD state) const;
+
   ServiceHandle m_manager;
   ServiceHandle m_service;
 };

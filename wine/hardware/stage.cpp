@@ -1,4 +1,5 @@
 // The story as the fake mobile-broadband classes see it.
+#include <thread>
 #include <utility>
 
 #include "wine/hardware/modem_stage.h"
@@ -30,10 +31,40 @@ class StoryStage final : public ModemStage {
   }
 };
 
+// No story is played, and the service runs in real time: a notebook without a modem.
+class StillStage final : public ModemStage {
+ public:
+  std::optional<virtual_notebook::Fault> Count(virtual_notebook::KnownCall /*call*/) override {
+    return {};
+  }
+  virtual_notebook::ModemDescription Modem() override {
+    virtual_notebook::ModemDescription modem;
+    modem.present = false;
+    return modem;
+  }
+  virtual_notebook::ModemReply Execute(bool /*set*/, uint32_t /*command_id*/,
+                                       std::vector<uint8_t> /*payload*/) override {
+    return {};
+  }
+  void RunLater(Duration after, std::function<void()> work) override {
+    std::thread([after, work = std::move(work)] {
+      std::this_thread::sleep_for(after);
+      work();
+    }).detach();
+  }
+  uint32_t Accounts() override { return 0; }
+  void ListenToAccounts(std::function<void(bool added)> /*listener*/) override {}
+};
+
+ModemStage* MakeStage() {
+  if (PlayedStory::HasStory()) return new StoryStage;
+  return new StillStage;
+}
+
 }  // namespace
 
 ModemStage& Stage() {
-  static auto* const stage = new StoryStage;
+  static ModemStage* const stage = MakeStage();
   return *stage;
 }
 

@@ -26,7 +26,8 @@ int Main(int argc, char** argv) {
 
   Places places{
       .binaries = {.service = "build/windows-clang/bin", .stage = "build/windows-clang/wine"},
-      .prefix = "build/wine/notebook"};
+      .prefix = "build/wine/notebook",
+      .package = {}};
   app.add_option("--bin", places.binaries.service, "The folder of the service's executable")
       ->type_name("DIR")
       ->capture_default_str();
@@ -44,6 +45,9 @@ int Main(int argc, char** argv) {
   bool json = false;
   CLI::App* run = app.add_subcommand("run", "Play scenarios and show the service's log");
   run->add_option("FILE", files, "Scenario files")->required();
+  run->add_option("--installed", places.package,
+                  "Install this package with msiexec first, play with its service, remove it")
+      ->type_name("MSI");
   run->add_flag("--json", json, "Print a JSON object for each scenario, without the log");
   CLI::App* parity =
       app.add_subcommand("parity", "Play scenarios also on the virtual notebook, and compare");
@@ -52,8 +56,10 @@ int Main(int argc, char** argv) {
   CLI::App* drive = app.add_subcommand(
       "driver", "Run service_driver.exe itself: cycles N, start-times EXE OTHER N");
   drive->add_option("ARGUMENT", arguments, "Its arguments")->required();
+  CLI::App* prepare = app.add_subcommand(
+      "prepare", "Make the prefix one that packages can be installed in, with no product in it");
   CLI::App* clean = app.add_subcommand("clean", "Undo what an interrupted story has left");
-  for (CLI::App* command : {run, parity, drive, clean}) command->fallthrough();
+  for (CLI::App* command : {run, parity, drive, prepare, clean}) command->fallthrough();
 
   try {
     app.parse(argc, argv);
@@ -65,6 +71,7 @@ int Main(int argc, char** argv) {
     if (run->parsed()) return Run(places, files, json);
     if (parity->parsed()) return Parity(places, files);
     if (drive->parsed()) return Drive(places, arguments);
+    if (prepare->parsed()) return Prepare(places);
     return Clean(places);
   } catch (const story::Interrupted& interrupted) {
     return story::EndInterrupted(kProgram, interrupted.Signal());

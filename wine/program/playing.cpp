@@ -71,7 +71,8 @@ WineStory PlayOnce(WinePrefix& prefix, const std::string& file, const Scenario& 
   tzset();
   const std::string begin = LogStampNow();
   WineStory story;
-  auto driver = prefix.RunDriver({"play", "Z:" + fs::absolute(file).string()});
+  auto driver = prefix.RunDriver(
+      {prefix.HasPackage() ? "play-installed" : "play", "Z:" + fs::absolute(file).string()});
   try {
     std::optional<story::LogFollower> follower;
     story.log_folder = Follow(*driver, prefix, [&](const fs::path& folder) {

@@ -10,6 +10,7 @@
 #include "notebook/program/story_folders.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/standard_output.h"
+#include "wine/program/bad_input.h"
 #include "wine/program/parity.h"
 #include "wine/program/playing.h"
 #include "wine/program/unplayable.h"
@@ -49,11 +50,26 @@ bool AreFiles(const std::vector<std::string>& files) {
 }
 
 // What is missing is told before anything is made or changed.
-std::unique_ptr<WinePrefix> Open(const Places& places) {
+std::unique_ptr<WinePrefix> OpenEmpty(const Places& places) {
   CheckBinaries(places.binaries);
   PrefixFolder::Usable(places.prefix);
-  auto prefix = std::make_unique<WinePrefix>(places.prefix);
+  return std::make_unique<WinePrefix>(places.prefix);
+}
+
+std::unique_ptr<WinePrefix> Open(const Places& places) {
+  auto prefix = OpenEmpty(places);
   prefix->Install(places.binaries);
+  return prefix;
+}
+
+std::unique_ptr<WinePrefix> OpenWithPackage(const Places& places) {
+  if (!std::filesystem::is_regular_file(places.package)) {
+    throw BadInput("\"" + places.package.string() +
+                   "\" is missing; expected a package (--installed)");
+  }
+  auto prefix = OpenEmpty(places);
+  prefix->Prepare(places.binaries);
+  prefix->InstallPackage(places.package, places.binaries);
   return prefix;
 }
 
@@ -70,7 +86,7 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
       return kBadInput;
     }
   }
-  const auto prefix = Open(places);
+  const auto prefix = places.package.empty() ? Open(places) : OpenWithPackage(places);
   int result = kRanToItsEnd;
   for (size_t i = 0; i < files.size(); ++i) {
     story::Summary summary =
@@ -83,6 +99,7 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
     }
     result = std::max(result, deserved);
   }
+  if (prefix->HasPackage()) prefix->RemovePackage();
   return result;
 }
 
@@ -110,6 +127,11 @@ int Drive(const Places& places, const std::vector<std::string>& arguments) {
     throw;
   }
   return driver->ExitCode();
+}
+
+int Prepare(const Places& places) {
+  OpenEmpty(places)->Prepare(places.binaries);
+  return kRanToItsEnd;
 }
 
 int Clean(const Places& places) {

@@ -15,6 +15,7 @@ inline constexpr int kWineFailed = 3;  // no Wine, it does not work, or its pref
 struct Places {
   Binaries binaries;
   std::filesystem::path prefix;
+  std::filesystem::path package;  // the one whose service is played; empty: none
 };
 
 // Plays stories; nothing runs when one of them cannot be read. These throw BadInput,
@@ -25,6 +26,8 @@ int Parity(const Places& places, const std::vector<std::string>& files);
 // Runs the driver with these arguments, for its measurements; prints what it prints
 // and answers its exit code.
 int Drive(const Places& places, const std::vector<std::string>& arguments);
+// Makes the prefix one that packages can be installed in, with no product in it.
+int Prepare(const Places& places);
 // Undoes what an interrupted story has left; makes no prefix for it.
 int Clean(const Places& places);
 

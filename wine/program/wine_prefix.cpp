@@ -24,6 +24,9 @@ namespace {
 constexpr auto kMakePatience = 300s;
 constexpr auto kEndPatience = 30s;
 constexpr auto kCleanPatience = 60s;
+// What packages install and stories do not.
+constexpr const char* kPackagesOwn = "hx2208_support.exe";
+constexpr auto kMsiexecPatience = 300s;
 
 bool CanRun(const fs::path& program) { return access(program.c_str(), X_OK) == 0; }
 
@@ -99,21 +102,7 @@ std::map<std::string, std::string> WinePrefix::Environment() const {
 void WinePrefix::Make() {
   std::fprintf(stderr, "preparing a Wine prefix in %s ...\n", m_folder.Path().c_str());
   m_folder.Empty();
-  int code = 0;
-  {
-    ChildProcess boot({m_wine, "wineboot", "-i"}, Environment());
-    try {
-      const auto end = std::chrono::steady_clock::now() + kMakePatience;
-      while (boot.Wait(20ms) && std::chrono::steady_clock::now() < end) {
-        boot.Lines();
-        story::ThrowIfInterrupted();
-      }
-    } catch (...) {
-      End();
-      throw;
-    }
-    code = boot.ExitCode();
-  }
+  const int code = RunToEnd({m_wine, "wineboot", "-i"}, kMakePatience);
   // Its registry is on the disk once the server has ended.
   End();
   if (code != 0 || !IsMade(m_folder.Path())) {
@@ -122,17 +111,77 @@ void WinePrefix::Make() {
   m_folder.SetWhole();
 }
 
+// What it prints is dropped.
+int WinePrefix::RunToEnd(const std::vector<std::string>& command,
+                         std::chrono::seconds patience) const {
+  ChildProcess child(command, Environment());
+  try {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (child.Wait(20ms) && std::chrono::steady_clock::now() < end) {
+      child.Lines();
+      story::ThrowIfInterrupted();
+    }
+  } catch (...) {
+    End();
+    throw;
+  }
+  return child.ExitCode();
+}
+
 void WinePrefix::Install(const Binaries& binaries) const {
   CheckBinaries(binaries);
   fs::create_directories(InstallFolder());
-  for (const fs::path& file : FilesOf(binaries)) {
-    CopyWhole(file, InstallFolder() / file.filename());
+  CopyWhole(binaries.service / wine::kServiceFile, InstallFolder() / wine::kServiceFile);
+  InstallStage(binaries);
+}
+
+void WinePrefix::InstallStage(const Binaries& binaries) const {
+  for (const char* file : {wine::kHardwareFile, wine::kDriverFile}) {
+    CopyWhole(binaries.stage / file, InstallFolder() / file);
   }
   // Wine 8's dump writer faults when it looks for symbols that are not there.
   const fs::path symbols = fs::path(wine::kServiceFile).replace_extension(".pdb");
   if (fs::exists(binaries.service / symbols)) {
     CopyWhole(binaries.service / symbols, InstallFolder() / symbols);
   }
+}
+
+void WinePrefix::Prepare(const Binaries& binaries) {
+  // A product is left by a run that was interrupted.
+  if (fs::exists(InstallFolder() / kPackagesOwn)) Make();
+  Install(binaries);
+  const std::string driver = (InstallFolder() / wine::kDriverFile).string();
+  const int code = RunToEnd({m_wine, driver, "prepare"}, kCleanPatience);
+  // Its registry is on the disk once the server has ended.
+  End();
+  fs::remove_all(InstallFolder());
+  if (code != 0) throw std::runtime_error("the prefix cannot be prepared for a package");
+}
+
+void WinePrefix::Msiexec(const std::string& what, const fs::path& package) const {
+  const fs::path log = m_folder.Path() / "msiexec.log";
+  const int code = RunToEnd({m_wine, "msiexec", what, "Z:" + fs::absolute(package).string(), "/qn",
+                             "/l*v", "Z:" + log.string()},
+                            kMsiexecPatience);
+  if (code == 0) return;
+  throw std::runtime_error("msiexec " + what + " " + package.filename().string() + " ended with " +
+                           std::to_string(code) + ", see " + log.string());
+}
+
+void WinePrefix::InstallPackage(const fs::path& package, const Binaries& binaries) {
+  Msiexec("/i", package);
+  m_package = package;
+  InstallStage(binaries);
+}
+
+void WinePrefix::RemovePackage() {
+  for (const auto& entry : fs::directory_iterator(InstallFolder())) {
+    if (entry.path().extension() != ".exe" || entry.path().filename() == wine::kDriverFile) {
+      fs::remove(entry.path());
+    }
+  }
+  Msiexec("/x", m_package);
+  m_package.clear();
 }
 
 fs::path WinePrefix::InstallFolder() const {

@@ -38,6 +38,16 @@ class WinePrefix {
   // the driver, all into one folder. Throws BadInput naming the one that is missing.
   void Install(const Binaries& binaries) const;
 
+  // Makes the prefix a notebook that a package can be installed on, with no product on
+  // it. Throws as Install does, Interrupted, or std::runtime_error in one line.
+  void Prepare(const Binaries& binaries);
+  // Installs the package, which starts the service, and puts the virtual hardware and the
+  // driver beside it; takes all of it away again, but for the logs. Both throw as above.
+  void InstallPackage(const std::filesystem::path& package, const Binaries& binaries);
+  void RemovePackage();
+  // Whether stories are played with the service of a package.
+  bool HasPackage() const { return !m_package.empty(); }
+
   // The folder that holds them.
   std::filesystem::path InstallFolder() const;
   // Where a path on drive C: lies.
@@ -57,6 +67,9 @@ class WinePrefix {
 
  private:
   void Make();
+  void InstallStage(const Binaries& binaries) const;
+  int RunToEnd(const std::vector<std::string>& command, std::chrono::seconds patience) const;
+  void Msiexec(const std::string& what, const std::filesystem::path& package) const;
   std::map<std::string, std::string> Environment() const;
 
   // Wine is looked for before the folder is touched.
@@ -64,6 +77,7 @@ class WinePrefix {
   const std::string m_server;
   PrefixFolder m_folder;
   std::string m_zone;
+  std::filesystem::path m_package;  // the one that is installed
 };
 
 }  // namespace nuvelta::wine_notebook

@@ -9,6 +9,9 @@ inline constexpr const char* kInstallFolder = "Program Files\\Nuvelta Wireless";
 inline constexpr const char* kServiceFile = "hx2208_auth_service.exe";
 inline constexpr const char* kHardwareFile = "iphlpapi.dll";
 inline constexpr const char* kDriverFile = "service_driver.exe";
+// On drive C:, too: the virtual hardware as the home of the classes that Wine lacks, for a
+// service that plays no story. Under its own name Wine would load its library.
+inline constexpr const char* kClassesFile = "hx2208_classes.dll";
 // One line: the Windows path of the scenario that is being played.
 inline constexpr const char* kStoryFile = "story.path";
 inline constexpr const char* kJournalFile = "journal.jsonl";
