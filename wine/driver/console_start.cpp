@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "wine/driver/program_run.h"
 #include "wine/driver/win32.h"
 
 namespace nuvelta::wine {
@@ -45,24 +46,9 @@ class NoStarts {
 
 DWORD RunOnConsole(const std::filesystem::path& executable) {
   const NoStarts no_starts;
-  std::wstring command = L"\"" + executable.wstring() + L"\"";
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
-  PROCESS_INFORMATION made{};
-  if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                     &made) == FALSE) {
-    throw std::runtime_error("the program cannot be started: error " +
-                             std::to_string(GetLastError()));
-  }
-  const Handle thread(made.hThread);
-  const Handle process(made.hProcess);
-  if (WaitForSingleObject(process.get(), kConsolePatienceMs) != WAIT_OBJECT_0) {
-    TerminateProcess(process.get(), 1);
-    throw std::runtime_error("the program does not end");
-  }
-  DWORD code = 0;
-  GetExitCodeProcess(process.get(), &code);
-  return code;
+  return RunToItsEnd(L"\"" + executable.wstring() + L"\"", nullptr, startup, kConsolePatienceMs);
 }
 
 }  // namespace nuvelta::wine

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "notebook/scenario/scenario_reader.h"
@@ -18,6 +19,7 @@
 #include "wine/driver/player.h"
 #include "wine/driver/prefix.h"
 #include "wine/driver/service_entry.h"
+#include "wine/driver/support_run.h"
 #include "wine/story/places.h"
 
 namespace {
@@ -65,6 +67,28 @@ void Play(const fs::path& file, const std::vector<std::string>& crashes, bool in
       .Play();
 }
 
+// The support program on the story's notebook: before anything has happened, with the service
+// installed, or when the service rests behind the last event.
+void Look(bool before, const fs::path& file, std::span<wchar_t*> arguments) {
+  const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
+  const wine::StoryInPrefix story(scenario, fs::absolute(file));
+  std::printf("logs %s\n", wine::LogFolder().string().c_str());
+  const fs::path folder = wine::InstallFolder();
+  wine::Player player(
+      scenario, folder,
+      wine::ServiceEntry(scenario.notebook.service_key, folder / wine::kServiceFile));
+  const auto look = [&] {
+    std::printf("support ended with %lu\n", wine::RunSupport(folder, arguments));
+    std::fflush(stdout);
+  };
+  if (before) return look();
+  player.LookAtRest(look);
+  player.Play();
+}
+
+constexpr std::wstring_view kBefore = L"before";
+bool IsMoment(std::wstring_view word) { return word == kBefore || word == L"after"; }
+
 int Count(const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullptr, 10)); }
 
 int Run(int argc, wchar_t** argv) {
@@ -77,6 +101,8 @@ int Run(int argc, wchar_t** argv) {
     Play(argv[2], {}, true);
   } else if (command == L"prepare" && argc == 2) {
     wine::PrepareForInstaller();
+  } else if (command == L"support" && argc > 4 && IsMoment(argv[2])) {
+    Look(argv[2] == kBefore, argv[3], std::span(argv, static_cast<size_t>(argc)).subspan(4));
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
@@ -92,8 +118,8 @@ int Run(int argc, wchar_t** argv) {
     std::fprintf(
         stderr,
         "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
-        "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | clean | "
-        "console | cycles N | "
+        "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | "
+        "support (before | after) SCENARIO ARGUMENT... | clean | console | cycles N | "
         "start-times EXE OTHER N\n");
     return kMisused;
   }

@@ -57,7 +57,7 @@ void Player::Play() {
     if (m_process) {
       Watch();
     } else if (!FindProcess() && !Starting()) {
-      if (m_over || !PlayNext()) return;
+      if (m_over || !PlayNext()) return Look();
     }
     Sleep(kLookMs);
   }
@@ -98,6 +98,7 @@ void Player::Serve(Request::Kind request) {
       return Kill(Fate::kKilled);
     case Request::Kind::kEnd:
       m_over = true;
+      Look();
       // The service rests: what it still holds, it keeps.
       if (const auto handles = m_process ? CountHandles(m_process->Id()) : std::nullopt) {
         std::printf("handles %u\n", *handles);
@@ -106,6 +107,13 @@ void Player::Serve(Request::Kind request) {
       m_end_asked = Clock::now();
       return SendStop();
   }
+}
+
+void Player::Look() {
+  const auto look = std::exchange(m_look, nullptr);
+  if (!look) return;
+  look();
+  m_last_news = Clock::now();
 }
 
 // On a thread of its own: the call returns with the handler, and the story may

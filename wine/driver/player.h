@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "notebook/model/control_rules.h"
@@ -28,6 +30,10 @@ class Player {
   Player(const virtual_notebook::Scenario& scenario, const std::filesystem::path& folder,
          ServiceEntry service, bool awaits_end = false);
 
+  // `look` is called once: when the service rests behind the last event, before it is
+  // stopped, or at the story's end when it does not come to that.
+  void LookAtRest(std::function<void()> look) { m_look = std::move(look); }
+
   // Plays the story to its end; no process of the service is left. What happened is
   // in the journal. Throws std::runtime_error when it cannot be played.
   void Play();
@@ -42,6 +48,7 @@ class Player {
   void ReadOn();
   void Read(const Entry& entry);
   void Serve(Request::Kind request);
+  void Look();
   void SendStop();
   void CheckStop();
   void CheckEnd();
@@ -89,6 +96,7 @@ class Player {
   std::optional<Clock::time_point> m_end_asked;
   std::optional<Clock::time_point> m_restart_asked;
   bool m_over = false;
+  std::function<void()> m_look;
 };
 
 }  // namespace nuvelta::wine

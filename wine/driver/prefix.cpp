@@ -32,7 +32,9 @@ constexpr std::array kClasses{
 };
 constexpr const char* kClassesKey = "Software\\Microsoft\\WindowsRuntime\\ActivatableClassId\\";
 
-std::wstring OverridesKey() { return L"Software\\Wine\\AppDefaults\\" + Wide(kServiceFile); }
+std::wstring OverridesKey(const char* program) {
+  return L"Software\\Wine\\AppDefaults\\" + Wide(program);
+}
 
 RegistryValue Text(const fs::path& text) {
   return {.type = REG_SZ, .data = Utf16Bytes(text.string(), 1)};
@@ -95,13 +97,15 @@ fs::path InstallFolder() {
 
 void ChooseVirtualHardware() {
   const std::wstring value = L"native";
-  const LSTATUS error =
-      RegSetKeyValueW(HKEY_CURRENT_USER, (OverridesKey() + L"\\DllOverrides").c_str(),
-                      fs::path(kHardwareFile).stem().c_str(), REG_SZ, value.c_str(),
-                      static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-  if (error != ERROR_SUCCESS) {
-    throw std::runtime_error("the virtual hardware cannot be chosen: error " +
-                             std::to_string(error));
+  for (const char* program : {kServiceFile, kSupportFile}) {
+    const LSTATUS error =
+        RegSetKeyValueW(HKEY_CURRENT_USER, (OverridesKey(program) + L"\\DllOverrides").c_str(),
+                        fs::path(kHardwareFile).stem().c_str(), REG_SZ, value.c_str(),
+                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+    if (error != ERROR_SUCCESS) {
+      throw std::runtime_error("the virtual hardware cannot be chosen: error " +
+                               std::to_string(error));
+    }
   }
 }
 
@@ -173,7 +177,9 @@ void RemoveStory(const std::string& service_key) noexcept {
       RestoreRegistry(*record);
     }
     RemoveStoryDevices();
-    RegDeleteTreeW(HKEY_CURRENT_USER, OverridesKey().c_str());
+    for (const char* program : {kServiceFile, kSupportFile}) {
+      RegDeleteTreeW(HKEY_CURRENT_USER, OverridesKey(program).c_str());
+    }
     for (const char* file : {kStoryFile, kCrashRequestFile, kUndoFile}) fs::remove(folder / file);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "service_driver: not all could be undone: %s\n", error.what());

@@ -30,11 +30,16 @@ using virtual_notebook::Scenario;
 
 namespace {
 
-fs::path ProgramFolder() {
+fs::path Program() {
   std::array<wchar_t, MAX_PATH> path{};
   GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-  return fs::path(path.data()).parent_path();
+  return path.data();
 }
+
+fs::path ProgramFolder() { return Program().parent_path(); }
+
+// The support program looks at the notebook, and is no part of the story.
+bool OnlyLooks() { return Program().filename() == kSupportFile; }
 
 std::string StoryFile(const fs::path& folder) {
   std::ifstream stream(folder / kStoryFile);
@@ -70,7 +75,11 @@ PlayedStory* PlayedStory::Current() {
       auto* const made = new PlayedStory(ProgramFolder());
       const std::vector<Entry> journal = ReadJournal(made->m_folder / kJournalFile);
       made->Replay(journal);
-      BeginStory(*made, journal);
+      if (OnlyLooks()) {
+        BeginLook(*made);
+      } else {
+        BeginStory(*made, journal);
+      }
       return made;
     } catch (const std::exception& error) {
       std::fprintf(stderr, "the story cannot be played: %s\n", error.what());

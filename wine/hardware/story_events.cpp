@@ -131,6 +131,15 @@ void StoryEvents::Ask(Request::Kind kind) {
 
 }  // namespace
 
+void BeginLook(PlayedStory& story) {
+  StoryClock& clock = StoryClock::Get();
+  clock.Join(false);
+  clock.Begin(story.ProcessBegan(), {.next = [] { return std::optional<Duration>(); },
+                                     .play = [] {},
+                                     .rest = Duration::max(),
+                                     .at_rest = [](bool /*rests*/) {}});
+}
+
 void BeginStory(PlayedStory& story, const std::vector<Entry>& journal) {
   // Never destroyed: the clock uses it to the end.
   auto* const events = new StoryEvents(story, Played(journal));

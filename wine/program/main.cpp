@@ -2,10 +2,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <map>
 
 #include "notebook/program/commands.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/standard_output.h"
+#include "support/explain.h"
 #include "wine/program/bad_input.h"
 #include "wine/program/wine_commands.h"
 
@@ -22,6 +24,7 @@ int Main(int argc, char** argv) {
       "Exit code: 0 when every story ran to its end (parity: and was the same both ways), 1 when\n"
       "not, 2 for bad input, 3 when Wine is missing, does not work or its prefix is in use,\n"
       "4 when the output could not be written, 128 and the signal when interrupted.\n"
+      "support: that of hx2208_support, also 4 for bad input; 6 instead of 3.\n"
       "The scenario format is described in docs/scenarios.md.");
 
   Places places{
@@ -52,6 +55,19 @@ int Main(int argc, char** argv) {
   CLI::App* parity =
       app.add_subcommand("parity", "Play scenarios also on the virtual notebook, and compare");
   parity->add_option("FILE", files, "Scenario files")->required();
+  SupportOrder order;
+  CLI::App* look = app.add_subcommand(
+      "support",
+      "Run hx2208_support.exe on a scenario's notebook: support after FILE -- doctor --json");
+  look->add_option("MOMENT", order.moment,
+                   "before: nothing has happened, the service is installed;\n"
+                   "after: the service rests behind the last event")
+      ->required()
+      ->transform(CLI::CheckedTransformer(
+          std::map<std::string, Moment>{{"before", Moment::kBefore}, {"after", Moment::kAfter}}));
+  look->add_option("FILE", order.file, "The scenario file")->required();
+  look->add_option("ARGUMENT", order.arguments, "Its arguments; a path /X is to be written Z:/X")
+      ->required();
   std::vector<std::string> arguments;
   CLI::App* drive = app.add_subcommand(
       "driver", "Run service_driver.exe itself: cycles N, start-times EXE OTHER N");
@@ -59,17 +75,19 @@ int Main(int argc, char** argv) {
   CLI::App* prepare = app.add_subcommand(
       "prepare", "Make the prefix one that packages can be installed in, with no product in it");
   CLI::App* clean = app.add_subcommand("clean", "Undo what an interrupted story has left");
-  for (CLI::App* command : {run, parity, drive, prepare, clean}) command->fallthrough();
+  for (CLI::App* command : {run, parity, look, drive, prepare, clean}) command->fallthrough();
 
+  const auto bad_input = [&] { return look->parsed() ? support::kBadInput : story::kBadInput; };
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? story::kRanToItsEnd : story::kBadInput;
+    return app.exit(error) == 0 ? story::kRanToItsEnd : bad_input();
   }
   story::TakeInterruptions();
   try {
     if (run->parsed()) return Run(places, files, json);
     if (parity->parsed()) return Parity(places, files);
+    if (look->parsed()) return Support(places, order);
     if (drive->parsed()) return Drive(places, arguments);
     if (prepare->parsed()) return Prepare(places);
     return Clean(places);
@@ -77,10 +95,10 @@ int Main(int argc, char** argv) {
     return story::EndInterrupted(kProgram, interrupted.Signal());
   } catch (const BadInput& error) {
     std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
-    return story::kBadInput;
+    return bad_input();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
-    return kWineFailed;
+    return look->parsed() ? kWineFailedSupport : kWineFailed;
   }
 }
 

@@ -1,5 +1,6 @@
 #include "wine/program/playing.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -7,6 +8,8 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include "notebook/model/log_names.h"
 #include "notebook/program/log_follower.h"
@@ -24,7 +27,9 @@ using virtual_notebook::Scenario;
 namespace {
 
 constexpr auto kStoryPatience = 900s;
-constexpr std::string_view kLogsLine = "logs ";  // the driver's, see its main
+// Lines of the driver's, see its main.
+constexpr std::string_view kLogsLine = "logs ";
+constexpr std::string_view kSupportLine = "support ended with ";
 
 // Now, as the names of log files that begin now have it.
 std::string LogStampNow() {
@@ -34,20 +39,19 @@ std::string LogStampNow() {
   return virtual_notebook::LogStampOf(local);
 }
 
-// Follows the driver to its end. Answers the log folder.
-fs::path Follow(ChildProcess& driver, const WinePrefix& prefix,
-                const std::function<void(const fs::path&)>& on_logs) {
-  fs::path log_folder;
-  std::string last_words;
+// Follows the driver to its end. Answers what else it has printed.
+std::vector<std::string> Follow(ChildProcess& driver, const WinePrefix& prefix,
+                                const std::function<void(const fs::path&)>& on_logs) {
+  bool has_logs = false;
+  std::vector<std::string> told;
   const auto end = std::chrono::steady_clock::now() + kStoryPatience;
   for (bool runs = true; runs;) {
     runs = driver.Wait(20ms);
     for (const std::string& line : driver.Lines()) {
       if (!line.starts_with(kLogsLine)) {
-        last_words = line;
-      } else if (log_folder.empty()) {
-        log_folder = prefix.HostPath(line.substr(kLogsLine.size()));
-        on_logs(log_folder);
+        told.push_back(line);
+      } else if (!std::exchange(has_logs, true)) {
+        on_logs(prefix.HostPath(line.substr(kLogsLine.size())));
       }
     }
     story::ThrowIfInterrupted();
@@ -55,27 +59,27 @@ fs::path Follow(ChildProcess& driver, const WinePrefix& prefix,
       throw std::runtime_error("the story has not ended after 900 s of real time");
     }
   }
-  if (driver.ExitCode() != 0 || log_folder.empty()) {
+  if (driver.ExitCode() != 0 || !has_logs) {
     throw std::runtime_error("the story could not be played: " +
-                             (last_words.empty()
+                             (told.empty()
                                   ? "the driver ended with " + std::to_string(driver.ExitCode())
-                                  : last_words));
+                                  : told.back()));
   }
-  return log_folder;
+  return told;
 }
 
-WineStory PlayOnce(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
-                   const std::function<void(const std::string&)>& print) {
+WineStory PlayOnce(WinePrefix& prefix, const std::vector<std::string>& order,
+                   const Scenario& scenario, const std::function<void(const std::string&)>& print) {
   prefix.SetTimeZone(scenario.time_zone);
   setenv("TZ", scenario.time_zone.c_str(), 1);
   tzset();
   const std::string begin = LogStampNow();
   WineStory story;
-  auto driver = prefix.RunDriver(
-      {prefix.HasPackage() ? "play-installed" : "play", "Z:" + fs::absolute(file).string()});
+  auto driver = prefix.RunDriver(order);
   try {
     std::optional<story::LogFollower> follower;
-    story.log_folder = Follow(*driver, prefix, [&](const fs::path& folder) {
+    story.told = Follow(*driver, prefix, [&](const fs::path& folder) {
+      story.log_folder = folder;
       if (print) follower.emplace(folder, begin, print);
     });
   } catch (...) {
@@ -97,18 +101,42 @@ bool IsManagersFault(const std::exception& error) {
   return std::string_view(error.what()).ends_with("the service cannot be started: error 1359");
 }
 
-}  // namespace
-
-WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
-                        const std::function<void(const std::string&)>& print) {
+WineStory PlayAgain(WinePrefix& prefix, const std::vector<std::string>& order,
+                    const Scenario& scenario,
+                    const std::function<void(const std::string&)>& print) {
   try {
-    return PlayOnce(prefix, file, scenario, print);
+    return PlayOnce(prefix, order, scenario, print);
   } catch (const std::runtime_error& error) {
     if (!IsManagersFault(error)) throw;
   }
   std::fprintf(stderr, "Wine's service manager failed (error 1359); the story begins again\n");
   prefix.End();
-  return PlayOnce(prefix, file, scenario, print);
+  return PlayOnce(prefix, order, scenario, print);
+}
+
+std::string WindowsPath(const std::string& file) { return "Z:" + fs::absolute(file).string(); }
+
+}  // namespace
+
+WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                        const std::function<void(const std::string&)>& print) {
+  return PlayAgain(prefix, {prefix.HasPackage() ? "play-installed" : "play", WindowsPath(file)},
+                   scenario, print);
+}
+
+Look LookUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
+                   Moment moment, const std::vector<std::string>& arguments) {
+  std::vector<std::string> order{"support", moment == Moment::kBefore ? "before" : "after",
+                                 WindowsPath(file)};
+  order.insert(order.end(), arguments.begin(), arguments.end());
+  const WineStory story = PlayAgain(prefix, order, scenario, {});
+  const auto line = std::ranges::find_if(
+      story.told, [](const std::string& told) { return told.starts_with(kSupportLine); });
+  if (line == story.told.end()) throw std::runtime_error("the support program was not run");
+  return {.exit_code = std::stoi(line->substr(kSupportLine.size())),
+          .output = story::ReadFile(prefix.InstallFolder() / wine::kSupportOutput),
+          .errors = story::ReadFile(prefix.InstallFolder() / wine::kSupportErrors),
+          .journal = story.journal};
 }
 
 }  // namespace nuvelta::wine_notebook

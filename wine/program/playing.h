@@ -20,6 +20,7 @@ struct WineStory {
   std::string log;  // all lines of all its log files
   story::Why why;
   std::filesystem::path log_folder;  // they stay there until the next story
+  std::vector<std::string> told;     // by the driver
 };
 
 // Plays the scenario that `file` holds. `print`, unless empty, is handed the log
@@ -28,5 +29,20 @@ struct WineStory {
 WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file,
                         const virtual_notebook::Scenario& scenario,
                         const std::function<void(const std::string&)>& print);
+
+// When the support program looks at a story's notebook: before anything has happened, with the
+// service installed, or when the service rests behind the last event.
+enum class Moment { kBefore, kAfter };
+
+struct Look {
+  int exit_code = 0;
+  std::string output, errors;        // what the support program has printed
+  std::vector<wine::Entry> journal;  // with what it asked of the modem
+};
+
+// Runs the support program with these arguments on the scenario's notebook. Throws as above.
+Look LookUnderWine(WinePrefix& prefix, const std::string& file,
+                   const virtual_notebook::Scenario& scenario, Moment moment,
+                   const std::vector<std::string>& arguments);
 
 }  // namespace nuvelta::wine_notebook

@@ -10,6 +10,7 @@
 #include "notebook/program/story_folders.h"
 #include "notebook/story/interruption.h"
 #include "notebook/story/standard_output.h"
+#include "support/explain.h"
 #include "wine/program/bad_input.h"
 #include "wine/program/parity.h"
 #include "wine/program/playing.h"
@@ -49,6 +50,14 @@ bool AreFiles(const std::vector<std::string>& files) {
   return false;
 }
 
+bool CanBePlayed(const std::string& file, const Scenario& scenario) {
+  const auto why = WhyNotUnderWine(scenario);
+  if (!why) return true;
+  std::fprintf(stderr, "%s: cannot be played under Wine, only by virtual_notebook: %s\n",
+               file.c_str(), why->c_str());
+  return false;
+}
+
 // What is missing is told before anything is made or changed.
 std::unique_ptr<WinePrefix> OpenEmpty(const Places& places) {
   CheckBinaries(places.binaries);
@@ -80,11 +89,7 @@ int Run(const Places& places, const std::vector<std::string>& files, bool json) 
   const auto scenarios = story::ReadAll(files);
   if (!scenarios) return kBadInput;
   for (size_t i = 0; i < files.size(); ++i) {
-    if (const auto why = WhyNotUnderWine((*scenarios)[i])) {
-      std::fprintf(stderr, "%s: cannot be played under Wine, only by virtual_notebook: %s\n",
-                   files[i].c_str(), why->c_str());
-      return kBadInput;
-    }
+    if (!CanBePlayed(files[i], (*scenarios)[i])) return kBadInput;
   }
   const auto prefix = places.package.empty() ? Open(places) : OpenWithPackage(places);
   int result = kRanToItsEnd;
@@ -109,6 +114,19 @@ int Parity(const Places& places, const std::vector<std::string>& files) {
   if (!scenarios) return kBadInput;
   const auto prefix = Open(places);
   return CompareAll(*prefix, files, *scenarios);
+}
+
+int Support(const Places& places, const SupportOrder& order) {
+  CheckSupport(places.binaries);
+  if (!AreFiles({order.file})) return support::kBadInput;
+  const auto scenarios = story::ReadAll({order.file});
+  if (!scenarios || !CanBePlayed(order.file, scenarios->front())) return support::kBadInput;
+  const auto prefix = Open(places);
+  const Look look =
+      LookUnderWine(*prefix, order.file, scenarios->front(), order.moment, order.arguments);
+  story::StandardOutput().Print(look.output);
+  std::fwrite(look.errors.data(), 1, look.errors.size(), stderr);
+  return look.exit_code;
 }
 
 int Drive(const Places& places, const std::vector<std::string>& arguments) {

@@ -83,6 +83,15 @@ WinePrefix::WinePrefix(const fs::path& folder)
   if (!m_folder.IsWhole() || !IsMade(m_folder.Path())) Make();
 }
 
+void CheckSupport(const Binaries& binaries) {
+  std::error_code ignored;
+  const fs::path file = binaries.service / wine::kSupportFile;
+  if (fs::is_regular_file(file, ignored)) return;
+  throw BadInput("\"" + fs::absolute(file).string() +
+                 "\" is missing; expected the support program (--bin, built by tools/build "
+                 "windows-clang hx2208_support)");
+}
+
 WinePrefix::~WinePrefix() { End(); }
 
 std::map<std::string, std::string> WinePrefix::Environment() const {
@@ -132,6 +141,8 @@ void WinePrefix::Install(const Binaries& binaries) const {
   CheckBinaries(binaries);
   fs::create_directories(InstallFolder());
   CopyWhole(binaries.service / wine::kServiceFile, InstallFolder() / wine::kServiceFile);
+  const fs::path support = binaries.service / wine::kSupportFile;
+  if (fs::exists(support)) CopyWhole(support, InstallFolder() / wine::kSupportFile);
   InstallStage(binaries);
 }
 

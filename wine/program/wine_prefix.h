@@ -21,6 +21,8 @@ struct Binaries {
 
 // Throws BadInput naming the first program that is missing.
 void CheckBinaries(const Binaries& binaries);
+// The support program, which most commands do without.
+void CheckSupport(const Binaries& binaries);
 
 class WinePrefix {
  public:
@@ -34,8 +36,9 @@ class WinePrefix {
   WinePrefix(const WinePrefix&) = delete;
   WinePrefix& operator=(const WinePrefix&) = delete;
 
-  // Copies the service with its symbols, if there are any, its virtual hardware and
-  // the driver, all into one folder. Throws BadInput naming the one that is missing.
+  // Copies the service with its symbols and the support program, if there are any, its
+  // virtual hardware and the driver, all into one folder. Throws BadInput naming the one that is
+  // missing.
   void Install(const Binaries& binaries) const;
 
   // Makes the prefix a notebook that a package can be installed on, with no product on

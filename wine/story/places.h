@@ -12,6 +12,10 @@ inline constexpr const char* kDriverFile = "service_driver.exe";
 // On drive C:, too: the virtual hardware as the home of the classes that Wine lacks, for a
 // service that plays no story. Under its own name Wine would load its library.
 inline constexpr const char* kClassesFile = "hx2208_classes.dll";
+inline constexpr const char* kSupportFile = "hx2208_support.exe";
+// What it has printed.
+inline constexpr const char* kSupportOutput = "support.out";
+inline constexpr const char* kSupportErrors = "support.err";
 // One line: the Windows path of the scenario that is being played.
 inline constexpr const char* kStoryFile = "story.path";
 inline constexpr const char* kJournalFile = "journal.jsonl";
