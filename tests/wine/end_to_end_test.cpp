@@ -4,71 +4,31 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
 
 #include "notebook/story/log_files.h"
-#include "replay.h"
-#include "source_folder.h"
 #include "story_support.h"
 #include "wine/program/journal_report.h"
-#include "wine/program/playing.h"
-#include "wine/program/wine_prefix.h"
 #include "wine/story/places.h"
+#include "wine/under_wine.h"
 
 namespace nuvelta::test {
 namespace {
 
 namespace fs = std::filesystem;
-using wine_notebook::PlayUnderWine;
-using wine_notebook::WinePrefix;
 using wine_notebook::WineStory;
-using namespace std::chrono_literals;
 
-fs::path FromEnvironment(const char* variable, const char* otherwise) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr ? fs::path(value) : SourceFolder() / otherwise;
+// The crash dumps in a folder.
+std::set<fs::path> DumpsIn(const fs::path& folder) {
+  std::set<fs::path> dumps;
+  for (const auto& file : fs::directory_iterator(folder)) {
+    if (file.path().extension() == ".dmp") dumps.insert(file.path());
+  }
+  return dumps;
 }
-
-class UnderWine : public testing::Test {
- protected:
-  UnderWine() { prefix.Install({.service = binaries, .stage = stage}); }
-
-  static std::string File(const std::string& name) {
-    return SourceFolder() / "scenarios" / (name + ".json");
-  }
-
-  WineStory Play(const std::string& name) {
-    NoteReplay([name] { return "./run scenarios/" + name + ".json"; });
-    return PlayUnderWine(prefix, File(name), Shipped(name), {});
-  }
-
-  // Everything that `program` prints until it ends.
-  static std::string Await(wine_notebook::ChildProcess& program) {
-    std::string text;
-    for (bool runs = true; runs;) {
-      runs = program.Wait(100ms);
-      for (const std::string& line : program.Lines()) text += line + "\n";
-    }
-    return text;
-  }
-
-  // The crash dumps beside the executable.
-  std::set<fs::path> Dumps() const {
-    std::set<fs::path> dumps;
-    for (const auto& file : fs::directory_iterator(prefix.InstallFolder())) {
-      if (file.path().extension() == ".dmp") dumps.insert(file.path());
-    }
-    return dumps;
-  }
-
-  const fs::path binaries = FromEnvironment("WINE_BINARIES", "build/windows-clang/bin");
-  const fs::path stage = FromEnvironment("WINE_STAGE", "build/windows-clang/wine");
-  WinePrefix prefix{FromEnvironment("WINE_STORY_PREFIX", "build/wine/notebook")};
-};
 
 // The manager's own answers, right after each report: type, state, controls, two
 // exit codes, check point, wait hint.
@@ -152,7 +112,7 @@ TEST_F(UnderWine, LeavesOneDumpForEachFault) {
   EXPECT_EQ(
       Await(*prefix.RunDriver({"play", "Z:" + file, "crash", "crash-by-overflow"})).substr(0, 5),
       "logs ");
-  const std::set<fs::path> dumps = Dumps();
+  const std::set<fs::path> dumps = DumpsIn(prefix.InstallFolder());
   ASSERT_EQ(dumps.size(), 2U);
   const std::regex guid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.dmp");
   std::multiset<std::string> reasons;
@@ -193,7 +153,8 @@ TEST_F(UnderWine, EndsWhenTheHandlingOfAFaultHangs) {
   for (const std::smatch& match : ends) EXPECT_LT(std::stoi(match[1]), 35000);
   // What was written of the second dump is nothing.
   std::multiset<bool> written;
-  for (const fs::path& dump : Dumps()) written.insert(fs::file_size(dump) > 100000);
+  for (const fs::path& dump : DumpsIn(prefix.InstallFolder()))
+    written.insert(fs::file_size(dump) > 100000);
   EXPECT_EQ(written, (std::multiset<bool>{false, true}));
 }
 
