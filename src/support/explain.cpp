@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "support/log_files.h"
+#include "support/path_text.h"
 
 namespace nuvelta::support {
 
@@ -56,7 +57,8 @@ class Explainer {
   explicit Explainer(Explanation& explanation) : m_explanation(explanation) {}
 
   void Take(const std::vector<std::string>& paths) {
-    for (const std::string& path : paths) {
+    for (const std::string& text : paths) {
+      const fs::path path = PathOf(text);
       std::error_code error;
       const fs::file_status status = fs::status(path, error);
       if (fs::is_directory(status)) {
@@ -65,7 +67,7 @@ class Explainer {
       } else if (fs::exists(status)) {
         TakeFile(path);
       } else {
-        Complain(path + ": there is no such file or folder");
+        Complain(text + ": there is no such file or folder");
       }
     }
     TakeNamedFiles();
@@ -92,7 +94,7 @@ class Explainer {
       TakeNamedFiles();
     }
     m_named.files.push_back(file);
-    m_named.name = m_named.files.size() == 1 ? file.string() : file.parent_path().string();
+    m_named.name = m_named.files.size() == 1 ? TextOf(file) : TextOf(file.parent_path());
   }
 
   void TakeNamedFiles() {
@@ -103,13 +105,13 @@ class Explainer {
   // The folder and all below it; names in order.
   void TakeTree(const fs::path& folder) {
     if (!TakeFolder(folder)) {
-      Complain(folder.string() + ": there is no log of this service in it (" + kNameShape + ")");
+      Complain(TextOf(folder) + ": there is no log of this service in it (" + kNameShape + ")");
     }
   }
 
   bool TakeFolder(const fs::path& folder) {
     std::error_code error;
-    NotebookLogs logs{.name = folder.string(), .files = LogFilesIn(folder, error)};
+    NotebookLogs logs{.name = TextOf(folder), .files = LogFilesIn(folder, error)};
     std::vector<fs::path> folders;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
@@ -119,7 +121,7 @@ class Explainer {
       }
     }
     if (error) {
-      Complain(folder.string() + ": it cannot be read: " + error.message());
+      Complain(TextOf(folder) + ": it cannot be read: " + error.message());
       return true;
     }
     bool found = !logs.files.empty();
@@ -137,7 +139,7 @@ class Explainer {
     uint64_t bytes = 0;
     for (size_t i = 0; i < readings.size(); ++i) {
       bytes += readings[i].bytes;
-      const std::string file = logs.files[i].string();
+      const std::string file = TextOf(logs.files[i]);
       if (!readings[i].problem.empty()) Complain(file + ": " + readings[i].problem);
       if (readings[i].grew) {
         m_explanation.OnProblem(file + ": it grew while it was read; what came late is left out");

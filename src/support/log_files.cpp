@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "common/log_folder.h"
+#include "support/path_text.h"
 #include "support/text_shape.h"
 
 namespace nuvelta::support {
@@ -42,7 +43,7 @@ std::vector<fs::path> LogFilesIn(const fs::path& folder, std::error_code& error)
   std::vector<std::tuple<std::string, int, fs::path>> found;
   for (fs::directory_iterator file(folder, error), end; !error && file != end;
        file.increment(error)) {
-    const auto name = ParseLogName(file->path().filename().string());
+    const auto name = ParseLogName(TextOf(file->path().filename()));
     if (name) found.emplace_back(name->stamp, -name->rotation, file->path());
   }
   std::ranges::sort(found);
@@ -65,7 +66,7 @@ FileReading ReadLogFile(const fs::path& file, bool new_log, LogStory& story) {
     reading.problem = "it is larger than 1 GiB, which no log of this service is";
     return reading;
   }
-  story.BeginFile(file.filename().string(), new_log);
+  story.BeginFile(TextOf(file.filename()), new_log);
   LogSplitter splitter;
   LogLine line;
   while (reading.bytes < size && stream) {
@@ -89,7 +90,7 @@ std::vector<FileReading> ReadLogFiles(const std::vector<fs::path>& files, LogLis
   std::vector<FileReading> readings;
   std::string stamp;
   for (const fs::path& file : files) {
-    const auto name = ParseLogName(file.filename().string());
+    const auto name = ParseLogName(TextOf(file.filename()));
     readings.push_back(ReadLogFile(file, !name || name->stamp != stamp, story));
     stamp = name ? name->stamp : std::string();
   }

@@ -3,6 +3,8 @@
 #include <fstream>
 #include <system_error>
 
+#include "support/path_text.h"
+
 namespace nuvelta::support {
 
 namespace fs = std::filesystem;
@@ -34,11 +36,11 @@ std::string WhyNotOurs(const fs::path& file, std::string_view mark) {
     stream.read(begin.data(), static_cast<std::streamsize>(begin.size()));
     if (stream && begin == mark) return {};
   }
-  return file.string() + ": it is there already, and was not written by this program";
+  return TextOf(file) + ": it is there already, and was not written by this program";
 }
 
 std::string WriteOwnFile(const fs::path& file, std::string_view content) {
-  std::string failure = file.string() + ": it cannot be written";
+  std::string failure = TextOf(file) + ": it cannot be written";
   const fs::path temporary = TemporaryName(file);
   if (temporary.empty()) return failure + ": too many files of this name ending in .part";
   std::error_code error;

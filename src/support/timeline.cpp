@@ -2,6 +2,7 @@
 
 #include "support/html_text.h"
 #include "support/own_file.h"
+#include "support/path_text.h"
 #include "support/printable.h"
 #include "support/timeline_model.h"
 #include "support/timeline_page.h"
@@ -24,8 +25,9 @@ std::string Said(const TimelineModel& model, const std::string& file) {
 }  // namespace
 
 int WriteTimeline(const TimelineRequest& request, const Print& print, const Print& complain) {
-  std::string problem = WhyNotOurs(request.page, kPageMark);
-  if (problem.empty() && !request.trace.empty()) problem = WhyNotOurs(request.trace, kTraceMark);
+  std::string problem = WhyNotOurs(PathOf(request.page), kPageMark);
+  if (problem.empty() && !request.trace.empty())
+    problem = WhyNotOurs(PathOf(request.trace), kTraceMark);
   if (!problem.empty()) {
     complain(Printable(problem) + "\n");
     return kBadInput;
@@ -40,9 +42,9 @@ int WriteTimeline(const TimelineRequest& request, const Print& print, const Prin
     return kBadInput;
   }
   if (!reader.HasVerdict()) return kBadInput;
-  problem = WriteOwnFile(request.page, TimelinePage(model));
+  problem = WriteOwnFile(PathOf(request.page), TimelinePage(model));
   if (problem.empty() && !request.trace.empty()) {
-    problem = WriteOwnFile(request.trace, TimelineTrace(model));
+    problem = WriteOwnFile(PathOf(request.trace), TimelineTrace(model));
   }
   if (!problem.empty()) {
     complain(Printable(problem) + "\n");
