@@ -32,9 +32,15 @@ void PrintTo(std::FILE* file, std::string_view text) {
 
 void Answer(std::string_view text) { PrintTo(stdout, text); }
 
+void AnswerAtOnce(std::string_view text) {
+  Answer(text);
+  std::fflush(stdout);
+}
+
 void Complain(std::string_view text) {
   std::fflush(stdout);
   PrintTo(stderr, std::string(kProgram) + ": " + std::string(text));
+  std::fflush(stderr);
 }
 
 // What was asked for.
@@ -77,9 +83,10 @@ CLI::App* AddDoctor(CLI::App& app, Request& request) {
   return doctor;
 }
 
-int ExplainLogs(const Request& request, bool colour) {
-  const auto explanation = request.json ? MakeJsonExplanation(Answer, Complain)
-                                        : MakeTextExplanation(Answer, Complain, colour);
+int ExplainLogs(const Request& request, const Host& host) {
+  const Print answer = host.at_once ? AnswerAtOnce : Answer;
+  const auto explanation = request.json ? MakeJsonExplanation(answer, Complain)
+                                        : MakeTextExplanation(answer, Complain, host.colour);
   return Explain(request.paths, *explanation);
 }
 
@@ -106,7 +113,7 @@ int Main(int argc, char** argv, const Host& host) {
   }
   if (timeline->parsed()) return WriteTimeline(request.timeline, Answer, Complain);
   if (doctor != nullptr && doctor->parsed()) return Doctor(request, host.colour);
-  return ExplainLogs(request, host.colour);
+  return ExplainLogs(request, host);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@ namespace nuvelta::support {
 
 struct Host {
   bool colour = false;    // standard output is a terminal that shows it
+  bool at_once = false;   // each text goes out whole, and before the next
   bool notebook = false;  // a platform with its inspection is installed: the doctor can look
 };
 

@@ -34,33 +34,42 @@ std::string ToUtf8(const wchar_t* wide) {
   return text;
 }
 
+constexpr size_t kTextRoom = size_t{1} << 16U;  // more than a text that is printed whole
+
 // UTF-8 and colour on a console, for as long as the program runs.
 class Console {
  public:
   Console() : m_code_page(::GetConsoleOutputCP()) {
     // Line ends as they are.
-    _setmode(_fileno(stdout), _O_BINARY);
-    if (::GetConsoleMode(m_output, &m_mode) == FALSE) return;
-    m_changed = true;
+    for (std::FILE* file : {stdout, stderr}) _setmode(_fileno(file), _O_BINARY);
+    m_for_answers = ::GetConsoleMode(m_output, &m_mode) != FALSE;
+    DWORD mode = 0;
+    m_found = m_for_answers || ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
+    if (!m_found) return;
     ::SetConsoleOutputCP(CP_UTF8);
-    m_colour = ::SetConsoleMode(m_output, m_mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+    // Else the runtime writes a text byte by byte, and a console makes nothing of half a letter.
+    for (std::FILE* file : {stdout, stderr}) std::setvbuf(file, nullptr, _IOFBF, kTextRoom);
+    m_colour = m_for_answers &&
+               ::SetConsoleMode(m_output, m_mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
   }
   ~Console() {
-    if (!m_changed) return;
-    std::fflush(stdout);
-    ::SetConsoleMode(m_output, m_mode);
+    if (!m_found) return;
+    for (std::FILE* file : {stdout, stderr}) std::fflush(file);
+    if (m_for_answers) ::SetConsoleMode(m_output, m_mode);
     ::SetConsoleOutputCP(m_code_page);
   }
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
   bool Colour() const { return m_colour; }
+  bool ForAnswers() const { return m_for_answers; }
 
  private:
   const HANDLE m_output = ::GetStdHandle(STD_OUTPUT_HANDLE);
   const UINT m_code_page;
   DWORD m_mode = 0;
-  bool m_changed = false;
+  bool m_found = false;  // for answers or for complaints
+  bool m_for_answers = false;
   bool m_colour = false;
 };
 
@@ -75,5 +84,7 @@ int wmain(int argc, wchar_t** argv, wchar_t** /*envp*/) {
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
   const Console console;
-  return support::RunProgram(argc, pointers.data(), {.colour = console.Colour(), .notebook = true});
+  return support::RunProgram(
+      argc, pointers.data(),
+      {.colour = console.Colour(), .at_once = console.ForAnswers(), .notebook = true});
 }
