@@ -69,7 +69,7 @@ void Play(const fs::path& file, const std::vector<std::string>& crashes, bool in
 
 // The support program on the story's notebook: before anything has happened, with the service
 // installed, or when the service rests behind the last event.
-void Look(bool before, const fs::path& file, std::span<wchar_t*> arguments) {
+void Look(bool before, const fs::path& file) {
   const virtual_notebook::Scenario scenario = virtual_notebook::ReadScenarioFile(file.string());
   const wine::StoryInPrefix story(scenario, fs::absolute(file));
   std::printf("logs %s\n", wine::LogFolder().string().c_str());
@@ -78,7 +78,7 @@ void Look(bool before, const fs::path& file, std::span<wchar_t*> arguments) {
       scenario, folder,
       wine::ServiceEntry(scenario.notebook.service_key, folder / wine::kServiceFile));
   const auto look = [&] {
-    std::printf("support ended with %lu\n", wine::RunSupport(folder, arguments));
+    std::printf("support ended with %lu\n", wine::RunSupport(folder));
     std::fflush(stdout);
   };
   if (before) return look();
@@ -101,8 +101,8 @@ int Run(int argc, wchar_t** argv) {
     Play(argv[2], {}, true);
   } else if (command == L"prepare" && argc == 2) {
     wine::PrepareForInstaller();
-  } else if (command == L"support" && argc > 4 && IsMoment(argv[2])) {
-    Look(argv[2] == kBefore, argv[3], std::span(argv, static_cast<size_t>(argc)).subspan(4));
+  } else if (command == L"support" && argc == 4 && IsMoment(argv[2])) {
+    Look(argv[2] == kBefore, argv[3]);
   } else if (command == L"clean" && argc == 2) {
     wine::RemoveStory("");
     wine::RemoveMeasured();
@@ -119,7 +119,7 @@ int Run(int argc, wchar_t** argv) {
         stderr,
         "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
         "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | "
-        "support (before | after) SCENARIO ARGUMENT... | clean | console | cycles N | "
+        "support (before | after) SCENARIO | clean | console | cycles N | "
         "start-times EXE OTHER N\n");
     return kMisused;
   }

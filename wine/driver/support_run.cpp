@@ -5,6 +5,7 @@
 
 #include <userenv.h>
 
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -65,7 +66,7 @@ Handle OpenOutput(const fs::path& file) {
 
 }  // namespace
 
-DWORD RunSupport(const fs::path& folder, std::span<wchar_t* const> arguments) {
+DWORD RunSupport(const fs::path& folder) {
   const ServiceVariables variables;
   const Handle output = OpenOutput(folder / kSupportOutput);
   const Handle errors = OpenOutput(folder / kSupportErrors);
@@ -75,7 +76,10 @@ DWORD RunSupport(const fs::path& folder, std::span<wchar_t* const> arguments) {
   startup.hStdOutput = output.get();
   startup.hStdError = errors.get();
   std::wstring command = L"\"" + (folder / kSupportFile).wstring() + L"\"";
-  for (const std::wstring_view argument : arguments) AppendQuoted(command, argument);
+  std::ifstream arguments(folder / kSupportArguments, std::ios::binary);
+  for (std::string argument; std::getline(arguments, argument, '\0');) {
+    AppendQuoted(command, Wide(argument));
+  }
   return RunToItsEnd(command, variables.Block(), startup, kSupportPatienceMs);
 }
 

@@ -4,12 +4,11 @@
 #include <windows.h>
 
 #include <filesystem>
-#include <span>
 
 namespace nuvelta::wine {
 
-// Runs it in `folder`, with the variables that services have there; what it prints goes to files
-// (places.h). Answers its exit code. Throws std::runtime_error.
-DWORD RunSupport(const std::filesystem::path& folder, std::span<wchar_t* const> arguments);
+// Runs it in `folder`, with the variables that services have there; its arguments are in a file
+// and what it prints goes to files (places.h). Answers its exit code. Throws std::runtime_error.
+DWORD RunSupport(const std::filesystem::path& folder);
 
 }  // namespace nuvelta::wine

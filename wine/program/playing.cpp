@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -126,10 +127,13 @@ WineStory PlayUnderWine(WinePrefix& prefix, const std::string& file, const Scena
 
 Look LookUnderWine(WinePrefix& prefix, const std::string& file, const Scenario& scenario,
                    Moment moment, const std::vector<std::string>& arguments) {
-  std::vector<std::string> order{"support", moment == Moment::kBefore ? "before" : "after",
-                                 WindowsPath(file)};
-  order.insert(order.end(), arguments.begin(), arguments.end());
-  const WineStory story = PlayAgain(prefix, order, scenario, {});
+  {
+    std::ofstream list(prefix.InstallFolder() / wine::kSupportArguments, std::ios::binary);
+    for (const std::string& argument : arguments) list << argument << '\0';
+  }
+  const WineStory story = PlayAgain(
+      prefix, {"support", moment == Moment::kBefore ? "before" : "after", WindowsPath(file)},
+      scenario, {});
   const auto line = std::ranges::find_if(
       story.told, [](const std::string& told) { return told.starts_with(kSupportLine); });
   if (line == story.told.end()) throw std::runtime_error("the support program was not run");

@@ -13,7 +13,9 @@ inline constexpr const char* kDriverFile = "service_driver.exe";
 // service that plays no story. Under its own name Wine would load its library.
 inline constexpr const char* kClassesFile = "hx2208_classes.dll";
 inline constexpr const char* kSupportFile = "hx2208_support.exe";
-// What it has printed.
+// Its arguments, a zero byte behind each: in a command line Wine mangles what is not ASCII,
+// depending on the locale. And what it has printed.
+inline constexpr const char* kSupportArguments = "support.arguments";
 inline constexpr const char* kSupportOutput = "support.out";
 inline constexpr const char* kSupportErrors = "support.err";
 // One line: the Windows path of the scenario that is being played.
