@@ -2,6 +2,7 @@
 // against those on the virtual notebook, and what it leaves alone.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <tuple>
 
@@ -13,6 +14,7 @@
 namespace nuvelta::test {
 namespace {
 
+namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 using wine_notebook::Look;
 using wine_notebook::LookUnderWine;
@@ -65,9 +67,9 @@ std::string CommandsAtRest(const std::vector<wine::Entry>& journal) {
   return Commands(report);
 }
 
-using DoctorUnderWine = UnderWine;
+using SupportUnderWine = UnderWine;
 
-TEST_F(DoctorUnderWine, FindsWhatItFindsOnTheVirtualNotebook) {
+TEST_F(SupportUnderWine, DoctorFindsWhatItFindsOnTheVirtualNotebook) {
   for (const auto& [name, cause] :
        {std::tuple("healthy_arrival", "already_on"), std::tuple("wrong_modem", "modem_not_allowed"),
         std::tuple("fcc_missing", "fcc_structure_missing"),
@@ -87,7 +89,7 @@ TEST_F(DoctorUnderWine, FindsWhatItFindsOnTheVirtualNotebook) {
   }
 }
 
-TEST_F(DoctorUnderWine, FindsTheRadioOffBeforeTheServiceHasRun) {
+TEST_F(SupportUnderWine, DoctorFindsTheRadioOffBeforeTheServiceHasRun) {
   const char* const name = "sleep_resume";
   const Look look =
       LookUnderWine(prefix, File(name), Shipped(name), Moment::kBefore, {"doctor", "--json"});
@@ -105,6 +107,34 @@ TEST_F(DoctorUnderWine, FindsTheRadioOffBeforeTheServiceHasRun) {
                                     {"doctor", "--json", "--no-query"});
   EXPECT_EQ(Json::parse(silent.output)["cause"], "not_asked");
   EXPECT_TRUE(silent.journal.empty());
+}
+
+// A path with blanks and letters of no single code page.
+TEST_F(SupportUnderWine, ReadsAndWritesFilesOfAnyName) {
+  const TemporaryFolder folder;
+  const fs::path logs = folder.Path() / "Pr\u00FCf Ordner \u65E5\u672C";
+  const fs::path page = folder.Path() / "Seite \u00FC \u0141.html";
+  fs::create_directories(logs);
+  std::ofstream(logs / "nuvelta_maservice_monitor_HX2208GW_2026-11-16_00.58.46.log")
+      << TellShipped("healthy_arrival").log;
+  const auto run = [&](const std::vector<std::string>& arguments) {
+    const Look look = LookUnderWine(prefix, File("healthy_arrival"), Shipped("healthy_arrival"),
+                                    Moment::kBefore, arguments);
+    EXPECT_EQ(look.errors, "");
+    EXPECT_EQ(look.exit_code, 0);
+    return look.output;
+  };
+  const auto complain = [](std::string_view what) { ADD_FAILURE() << what; };
+
+  std::string expected = "Z:";
+  const auto explanation = support::MakeTextExplanation(
+      [&](std::string_view text) { expected += text; }, complain, false);
+  support::Explain({logs.string()}, *explanation);
+  EXPECT_LINES(run({"explain", "Z:" + logs.string()}), expected);
+
+  EXPECT_EQ(run({"timeline", "Z:" + logs.string(), "-o", "Z:" + page.string()}),
+            "Z:" + page.string() + ": radio on (switched_on), 259 lines, 3 runs\n");
+  EXPECT_GT(fs::file_size(page), 10000U);
 }
 
 }  // namespace
