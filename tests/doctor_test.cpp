@@ -181,10 +181,22 @@ TEST(Doctor, LeavesTheModemAloneWhenItIsTold) {
   EXPECT_EQ(left_alone.Cause(), "not_asked");
   EXPECT_EQ(Commands(left_alone.report), "");
   EXPECT_EQ(left_alone.Matching("but  "), "but         the service does not run: start it\n");
+  EXPECT_EQ(left_alone.Matching("is stopped"),
+            "NO  service        \"Nuvelta Wireless AUTH Service HX2208\" is stopped, and has not "
+            "been started since Windows was\n");
 
   const Visited asked = Visit(starts_late, 30s);
   EXPECT_EQ(asked.Cause(), "would_switch_on");
   EXPECT_EQ(Commands(asked.report), "00");
+}
+
+// The log has them in the system's code page; the doctor need not.
+TEST(Doctor, ShowsNamesInLettersOfTheirOwn) {
+  const Visited visited = Visit(Inline(R"({'notebook': {'modem': {
+      'description': 'Mobilfunkger\u00E4t', 'friendly_name': '\u643A\u5E2F \uD83D\uDCF6'}}})"));
+  EXPECT_EQ(visited.Matching("Mobilfunk"),
+            "> \"Mobilfunkger\u00E4t\" (\u643A\u5E2F \U0001F4F6), "
+            "{5C1E7A90-3D42-4B7E-9C55-0A2B4C6D8E10}, type 243, down\n");
 }
 
 TEST(Doctor, SaysWhatItCouldNotSee) {

@@ -25,6 +25,11 @@ bool VirtualInspection::IsInstalled(std::u16string_view service) const {
 uint32_t VirtualInspection::QueryServiceStatusEx(std::u16string_view service,
                                                  platform::ServiceProcess& process) {
   if (!IsInstalled(service)) return platform::kErrorServiceDoesNotExist;
+  if (m_service.process == 0 && m_service.status.dwCurrentState == 0) {
+    process = {.dwCurrentState = platform::kServiceStopped,
+               .dwWin32ExitCode = platform::kErrorServiceNeverStarted};
+    return platform::kErrorSuccess;
+  }
   process = {.dwCurrentState = m_service.process == 0 ? platform::kServiceStopped
                                                       : m_service.status.dwCurrentState,
              .dwWin32ExitCode = m_service.status.dwWin32ExitCode,

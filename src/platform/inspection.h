@@ -15,6 +15,8 @@ namespace nuvelta::platform {
 
 inline constexpr uint32_t kErrorServiceDoesNotExist = 1060;  // ERROR_SERVICE_DOES_NOT_EXIST
 
+inline constexpr uint32_t kErrorServiceNeverStarted = 1077;  // since the system began
+
 inline constexpr uint32_t kServiceAutoStart = 2;    // SERVICE_AUTO_START
 inline constexpr uint32_t kServiceDemandStart = 3;  // SERVICE_DEMAND_START
 inline constexpr uint32_t kServiceDisabled = 4;     // SERVICE_DISABLED

@@ -97,6 +97,8 @@ class DoctorText {
         text += ", process " + std::to_string(facts.process.dwProcessId);
         text += facts.since.empty() ? ", since when " + NotSeen(facts.since_error)
                                     : " since " + facts.since;
+      } else if (facts.process.dwWin32ExitCode == platform::kErrorServiceNeverStarted) {
+        text += ", and has not been started since Windows was";
       } else if (facts.process.dwWin32ExitCode != 0) {
         text += ", exit code " + std::to_string(facts.process.dwWin32ExitCode);
       }

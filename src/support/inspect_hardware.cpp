@@ -16,6 +16,7 @@
 #include "platform/threads.h"
 #include "platform/vendor_service.h"
 #include "support/inspections.h"
+#include "support/printable.h"
 
 namespace nuvelta::support {
 
@@ -26,6 +27,10 @@ constexpr size_t kPropertySize = 512;          // characters
 constexpr uint32_t kMemoryError = 0x8007000E;  // E_OUTOFMEMORY
 
 uint32_t LastError() { return platform::Os().threads->GetLastError(); }
+
+std::string TextOrNothing(const char16_t* text) {
+  return text == nullptr ? std::string() : Utf8Of(text);
+}
 
 // As the service asks for them.
 void ListAdapters(AdapterListFacts& facts) {
@@ -48,8 +53,8 @@ void ListAdapters(AdapterListFacts& facts) {
     const bool first = !examined && adapter.IfType == platform::kIfTypeWwanPp;
     examined = examined || first;
     facts.adapters.push_back({.name = adapter.AdapterName == nullptr ? "" : adapter.AdapterName,
-                              .description = ToAnsi(adapter.Description),
-                              .friendly_name = ToAnsi(adapter.FriendlyName),
+                              .description = TextOrNothing(adapter.Description),
+                              .friendly_name = TextOrNothing(adapter.FriendlyName),
                               .type = adapter.IfType,
                               .state = adapter.OperStatus,
                               .examined = first});

@@ -10,7 +10,6 @@
 #include "common/log_folder.h"
 #include "common/scope_exit.h"
 #include "common/service_name.h"
-#include "common/text_util.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/inspection.h"
@@ -18,6 +17,7 @@
 #include "platform/registry.h"
 #include "support/inspections.h"
 #include "support/log_files.h"
+#include "support/printable.h"
 
 namespace nuvelta::support {
 
@@ -110,8 +110,8 @@ ServiceFacts InspectService() {
     if (facts.since_error == platform::kErrorSuccess) facts.since = LocalTime(creation);
   }
   facts.configuration_error = inspection->QueryServiceConfigW(kServiceName, facts.configuration);
-  facts.image = ToAnsi(facts.configuration.lpBinaryPathName);
-  facts.account = ToAnsi(facts.configuration.lpServiceStartName);
+  facts.image = Utf8Of(facts.configuration.lpBinaryPathName);
+  facts.account = Utf8Of(facts.configuration.lpServiceStartName);
   facts.recovery_error = inspection->QueryServiceConfig2W(kServiceName, facts.recovery);
   return facts;
 }
@@ -122,14 +122,14 @@ LogFolderFacts InspectLogFolder() {
   if (inspection != nullptr) {
     platform::FolderSecurity security;
     facts.error = inspection->GetNamedSecurityInfoA(facts.path, security);
-    facts.owner = ToAnsi(security.owner);
+    facts.owner = Utf8Of(security.owner);
     facts.has_list = security.has_list;
     for (const platform::AccessEntry& entry : security.entries) {
       facts.entries.push_back({.allows = entry.allows,
                                .inherited = entry.inherited,
                                .inherit_only = entry.inherit_only,
                                .mask = entry.mask,
-                               .account = ToAnsi(entry.account)});
+                               .account = Utf8Of(entry.account)});
     }
   }
   FindNewestLog(facts);
