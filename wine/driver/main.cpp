@@ -115,12 +115,11 @@ int Run(int argc, wchar_t** argv) {
         "%s\n",
         wine::MeasureStarts(fs::absolute(argv[2]), fs::absolute(argv[3]), Count(argv[4])).c_str());
   } else {
-    std::fprintf(
-        stderr,
-        "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
-        "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | "
-        "support (before | after) SCENARIO | clean | console | cycles N | "
-        "start-times EXE OTHER N\n");
+    std::fprintf(stderr,
+                 "usage: service_driver play SCENARIO [(crash | crash-by-overflow | "
+                 "hang-in-message | hang-in-dump)...] | play-installed SCENARIO | prepare | "
+                 "support (before | after) SCENARIO | clean | console | cycles N | "
+                 "start-times EXE OTHER N\n");
     return kMisused;
   }
   return kDone;
