@@ -2,7 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
-#include <map>
+#include <string>
+#include <vector>
 
 #include "notebook/program/commands.h"
 #include "notebook/story/interruption.h"
@@ -59,12 +60,12 @@ int Main(int argc, char** argv) {
   CLI::App* look = app.add_subcommand(
       "support",
       "Run hx2208_support.exe on a scenario's notebook: support after FILE -- doctor --json");
-  look->add_option("MOMENT", order.moment,
+  std::string moment;
+  look->add_option("MOMENT", moment,
                    "before: nothing has happened, the service is installed;\n"
                    "after: the service rests behind the last event")
       ->required()
-      ->transform(CLI::CheckedTransformer(
-          std::map<std::string, Moment>{{"before", Moment::kBefore}, {"after", Moment::kAfter}}));
+      ->check(CLI::IsMember({"before", "after"}));
   look->add_option("FILE", order.file, "The scenario file")->required();
   look->add_option("ARGUMENT", order.arguments, "Its arguments; a path /X is to be written Z:/X")
       ->required();
@@ -87,7 +88,10 @@ int Main(int argc, char** argv) {
   try {
     if (run->parsed()) return Run(places, files, json);
     if (parity->parsed()) return Parity(places, files);
-    if (look->parsed()) return Support(places, order);
+    if (look->parsed()) {
+      order.moment = moment == "before" ? Moment::kBefore : Moment::kAfter;
+      return Support(places, order);
+    }
     if (drive->parsed()) return Drive(places, arguments);
     if (prepare->parsed()) return Prepare(places);
     return Clean(places);
