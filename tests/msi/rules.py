@@ -15,7 +15,7 @@ COMPONENTS = {"Service": "{2277F0CF-C509-5C7A-929A-28947E0E6668}",
 GUID = r"\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}"
 # Full control for the system and administrators, reading for users, all inherited below.
 ACCESS = {("A", "OICI", "FA", "SY"), ("A", "OICI", "FA", "BA"), ("A", "OICI", "FRFX", "BU")}
-ORDER = """AppSearch FindRelatedProducts LaunchConditions CostInitialize FileCost CostFinalize
+ORDER = """AppSearch FindRelatedProducts LaunchConditions RepairInstalled CostInitialize FileCost CostFinalize
   ChooseLogs InstallValidate InstallInitialize RemoveExistingProducts ProcessComponents
   StopServices DeleteServices RemoveFiles RemoveFolders SecureLogFolder CreateFolders InstallFiles
   InstallServices SetRecovery StartServices RegisterProduct PublishProduct InstallFinalize""".split()
@@ -113,6 +113,9 @@ def sequences(tables):
     for name in tables.by_key("CustomAction"):
         if name not in at:
             yield f"sequences: {name} is never run"
+    repair = tables.by_key("InstallExecuteSequence").get("RepairInstalled", {}).get("Condition")
+    if repair != "Installed AND NOT (REINSTALL OR REMOVE OR ADDLOCAL OR RESUME)":
+        yield f"sequences: a second installation does not repair: {repair}"
     if "AppSearch" not in tables.by_key("InstallUISequence"):
         yield "sequences: AppSearch is missing where the launch conditions are asked first"
 

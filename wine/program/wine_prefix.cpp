@@ -10,7 +10,9 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "notebook/model/scenario.h"
 #include "notebook/story/interruption.h"
+#include "notebook/story/log_files.h"
 #include "wine/program/bad_input.h"
 #include "wine/story/places.h"
 
@@ -24,8 +26,6 @@ namespace {
 constexpr auto kMakePatience = 300s;
 constexpr auto kEndPatience = 30s;
 constexpr auto kCleanPatience = 60s;
-// What packages install and stories do not.
-constexpr const char* kPackagesOwn = "hx2208_support.exe";
 constexpr auto kMsiexecPatience = 300s;
 
 bool CanRun(const fs::path& program) { return access(program.c_str(), X_OK) == 0; }
@@ -158,8 +158,9 @@ void WinePrefix::InstallStage(const Binaries& binaries) const {
 }
 
 void WinePrefix::Prepare(const Binaries& binaries) {
-  // A product is left by a run that was interrupted.
-  if (fs::exists(InstallFolder() / kPackagesOwn)) Make();
+  // A service is left by a run that was interrupted, or by a package.
+  const std::string registry = story::ReadFile(m_folder.Path() / "system.reg");
+  if (registry.find(virtual_notebook::Notebook{}.service_key) != std::string::npos) Make();
   Install(binaries);
   const std::string driver = (InstallFolder() / wine::kDriverFile).string();
   const int code = RunToEnd({m_wine, driver, "prepare"}, kCleanPatience);
