@@ -94,6 +94,7 @@ void VirtualMachine::Receive() {
   KillService(parts.current);
   parts.scheduler.Change([&] { parts.ended.ended = false; });
   parts.scheduler.Spawn("visitor", kVisitor, [&] {
+    parts.files.BeginProcess(parts.log_folder);
     m_visit.body();
     parts.scheduler.KillProcess(kVisitor);
     parts.scheduler.AwaitLastOfProcess(kVisitor);

@@ -2,12 +2,6 @@
 
 namespace nuvelta::virtual_notebook {
 
-namespace {
-
-constexpr std::chrono::seconds kBootBeforeStart{42};
-
-}  // namespace
-
 VirtualMachine::Parts::Parts(const Scenario& scenario, Nanoseconds start_time,
                              const Options& options, std::function<void(std::string)> launch)
     : start(start_time),
@@ -29,7 +23,7 @@ VirtualMachine::Parts::Parts(const Scenario& scenario, Nanoseconds start_time,
       network(context, registry, modem, scenario.notebook.adapters),
       service_control(context, scenario.notebook, std::move(launch)),
       sessions(context, scenario.notebook.sessions),
-      system_information(context, scenario.notebook, start - kBootBeforeStart),
+      system_information(context, scenario.notebook, start - scenario.notebook.uptime),
       text(context),
       threads(context),
       platform{.clock = &clock,

@@ -10,9 +10,7 @@ platform::DeviceSetHandle VirtualDevices::SetupDiGetClassDevsW(uint32_t /*flags*
   if (m_context.Fails("SetupDiGetClassDevsW")) {
     return platform::InvalidHandle<platform::DeviceSetHandle>();
   }
-  std::vector<Device> present = m_devices;
-  const ModemDescription modem = m_modem.Description();
-  if (modem.present) present.push_back({.hardware_id = modem.hardware_id});
+  std::vector<Device> present = PresentDevices(m_devices, m_modem.Description());
   const std::lock_guard lock(m_mutex);
   m_sets.emplace(m_next_handle, std::move(present));
   return static_cast<platform::DeviceSetHandle>(m_next_handle++);

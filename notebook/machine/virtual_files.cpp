@@ -162,7 +162,10 @@ void VirtualFiles::PutOldLogs(const std::string& folder, const std::vector<OldLo
       name = LogNameOf(name_prefix, local, name_suffix);
     }
     const fs::path file = host / name;
-    std::ofstream(file, std::ios::trunc).close();
+    {
+      std::ofstream stream(file, std::ios::trunc | std::ios::binary);
+      if (log.content) stream << *log.content;
+    }
     fs::resize_file(file, log.size);
     Stamp(file, seconds);
     if (log.in_use) m_in_use.insert(name);

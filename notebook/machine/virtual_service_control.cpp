@@ -34,10 +34,24 @@ struct VirtualServiceControl::PowerQueue final : Waitable {
   std::string Describe() const override { return "the next power event"; }
 };
 
+namespace {
+
+std::vector<ListedService> ListedServices(const Notebook& notebook) {
+  if (notebook.services) return *notebook.services;
+  return {{"Dhcp", 912},
+          {"EventLog", 1044},
+          {"Spooler", 0},
+          {notebook.service_key, 0},
+          {"WwanSvc", 1388}};
+}
+
+}  // namespace
+
 VirtualServiceControl::VirtualServiceControl(Context& context, const Notebook& notebook,
                                              std::function<void(std::string)> launch)
     : m_context(context),
       m_service_key(Utf16(notebook.service_key)),
+      m_services(ListedServices(notebook)),
       m_settings_need_acceptance(notebook.power_settings_need_acceptance),
       m_begin(context.scheduler.Now()),
       m_launch(std::move(launch)) {}

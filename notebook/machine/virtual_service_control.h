@@ -86,6 +86,7 @@ class VirtualServiceControl final : public platform::ServiceControl {
 
   Context& m_context;
   const std::u16string m_service_key;
+  const std::vector<ListedService> m_services;
   const bool m_settings_need_acceptance;
   const Nanoseconds m_begin;  // of the story
   const std::function<void(std::string)> m_launch;

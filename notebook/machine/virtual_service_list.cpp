@@ -1,4 +1,5 @@
 // What a service asks of the manager, and of the shell, in order to restart itself.
+#include <algorithm>
 #include <cstring>
 
 #include "notebook/machine/virtual_service_control.h"
@@ -37,12 +38,16 @@ bool VirtualServiceControl::EnumServicesStatusExW(platform::ManagerHandle /*mana
   needed = 0;
   returned = 0;
   if (m_context.Fails("EnumServicesStatusExW")) return false;
-  std::vector<ServiceEntry> entries{{u"Dhcp", 912}, {u"EventLog", 1044}, {u"Spooler", 0}};
+  std::vector<ServiceEntry> entries;
+  for (const ListedService& service : m_services) {
+    entries.push_back({Utf16(service.name), service.process});
+  }
   {
     const std::lock_guard lock(m_mutex);
-    entries.push_back({m_service_key, m_process});
+    auto own = std::ranges::find(entries, m_service_key, &ServiceEntry::name);
+    if (own == entries.end()) own = entries.insert(own, {m_service_key, 0});
+    own->process = m_process;
   }
-  entries.push_back({u"WwanSvc", 1388});
   const size_t total = SizeOf(entries);
   if (buffer == nullptr || size < total) {
     needed = static_cast<uint32_t>(total);

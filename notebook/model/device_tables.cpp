@@ -1,11 +1,23 @@
 #include "notebook/model/device_tables.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "notebook/model/unicode.h"
 #include "platform/network.h"
 
 namespace nuvelta::virtual_notebook {
+
+namespace {
+
+template <class Entry>
+void InsertAt(std::vector<Entry>& entries, std::optional<uint32_t> place, Entry entry) {
+  const size_t at = std::min<size_t>(place.value_or(entries.size()), entries.size());
+  entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(at), std::move(entry));
+}
+
+}  // namespace
 
 std::vector<uint8_t> HardwareIdBytes(const Device& device) {
   return device.raw_hardware_id ? *device.raw_hardware_id : Utf16Bytes(device.hardware_id, 2);
@@ -21,8 +33,14 @@ Adapter ModemAdapter(const ModemDescription& modem) {
 }
 
 std::vector<Adapter> PresentAdapters(std::vector<Adapter> adapters, const ModemDescription& modem) {
-  if (modem.present) adapters.push_back(ModemAdapter(modem));
+  if (modem.present) InsertAt(adapters, modem.adapter_place, ModemAdapter(modem));
   return adapters;
+}
+
+std::vector<Device> PresentDevices(std::vector<Device> devices, const ModemDescription& modem) {
+  if (modem.present)
+    InsertAt(devices, modem.device_place, Device{.hardware_id = modem.hardware_id});
+  return devices;
 }
 
 std::vector<std::pair<std::string, std::string>> ClassKeyTexts(const Adapter& adapter) {

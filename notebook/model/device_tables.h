@@ -15,8 +15,9 @@ namespace nuvelta::virtual_notebook {
 std::vector<uint8_t> HardwareIdBytes(const Device& device);
 
 Adapter ModemAdapter(const ModemDescription& modem);
-// The notebook's adapters, and the modem's behind them while it is there.
+// The notebook's adapters, and the modem's among them while it is there; devices alike.
 std::vector<Adapter> PresentAdapters(std::vector<Adapter> adapters, const ModemDescription& modem);
+std::vector<Device> PresentDevices(std::vector<Device> devices, const ModemDescription& modem);
 
 // The network class key below HKEY_LOCAL_MACHINE. Beside "Configuration" it has a subkey
 // for each adapter, from "0000" on.

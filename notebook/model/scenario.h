@@ -87,6 +87,9 @@ struct ModemDescription {
   std::string description = "HX2208 Mobile Broadband";
   std::string friendly_name = "Cellular";
   uint32_t oper_status = 2;
+  // How many of the other adapters and devices are listed before its own; absent: all.
+  std::optional<uint32_t> adapter_place{};
+  std::optional<uint32_t> device_place{};
   bool mbim = true;   // MobileBroadbandModem::GetDefault answers it
   int32_t radio = 4;  // CFUN
   std::vector<platform::Guid> device_services{kSmsService, platform::kVendorService};
@@ -114,8 +117,15 @@ struct Session {
 struct OldLog {
   std::string name;  // empty: named by its age
   Duration age{};
-  uint64_t size = 0;  // bytes
+  uint64_t size = 0;                     // bytes
+  std::optional<std::string> content{};  // of that size; absent: zeros
   bool in_use = false;
+};
+
+// One of the services that the manager lists.
+struct ListedService {
+  std::string name;
+  uint32_t process = 0;  // 0: it does not run
 };
 
 struct Notebook {
@@ -129,6 +139,10 @@ struct Notebook {
   uint32_t accounts = 0;  // present before the service starts
   std::vector<EventRecord> event_log{{.at = std::chrono::minutes(-5)}};
   std::vector<Session> sessions{{.id = 0, .name = "Services", .state = 4}, {}};
+  // Absent: a few, with this one among them. Of this one the process is not told here; where
+  // it is not named it stands last.
+  std::optional<std::vector<ListedService>> services{};
+  Duration uptime = std::chrono::seconds(42);  // from the boot to the story's start
   std::vector<OldLog> old_logs;
   std::map<std::string, std::string> environment{{"programdata", "C:\\ProgramData"}};
   std::string program_path = "C:\\Program Files\\Nuvelta Wireless\\hx2208_auth_service.exe";

@@ -62,21 +62,6 @@ std::optional<std::vector<uint8_t>> ReadFcc(const JsonCursor& at) {
   return content;
 }
 
-std::vector<uint8_t> ReadRawFile(const JsonCursor& at, const std::string& folder) {
-  const std::filesystem::path name = at.NonEmptyText();
-  if (name.is_absolute() || std::ranges::find(name, "..") != name.end()) {
-    at.RefuseValue("a file in the scenario's folder or below it");
-  }
-  std::string why;
-  const auto bytes =
-      ReadWholeFile((std::filesystem::path(folder) / name).string(), kLargestTable, why);
-  if (!bytes) {
-    at.Refuse("the file \"" + name.string() + "\": " + why,
-              "a file of at most 1 MiB that can be read");
-  }
-  return {bytes->begin(), bytes->end()};
-}
-
 void ReadFields(const JsonObject& object, SmbiosFields& fields) {
   for (const auto& [key, member] : kTexts) object.Read(key, fields.*member);
   object.ReadWhole("system_length", fields.system_length, 4, 27);
@@ -105,7 +90,26 @@ void ReadFirmware(const JsonCursor& at, const std::string& folder, Notebook& not
     }
   }
   const JsonCursor raw = object.Need(*raw_key);
-  notebook.raw_firmware = *raw_key == "raw_hex" ? raw.Hex() : ReadRawFile(raw, folder);
+  if (*raw_key == "raw_hex") {
+    notebook.raw_firmware = raw.Hex();
+  } else {
+    const std::string bytes = ReadRawFile(raw, folder, kLargestTable);
+    notebook.raw_firmware.emplace(bytes.begin(), bytes.end());
+  }
+}
+
+std::string ReadRawFile(const JsonCursor& at, const std::string& folder, size_t most) {
+  const std::filesystem::path name = at.NonEmptyText();
+  if (name.is_absolute() || std::ranges::find(name, "..") != name.end()) {
+    at.RefuseValue("a file in the scenario's folder or below it");
+  }
+  std::string why;
+  auto bytes = ReadWholeFile((std::filesystem::path(folder) / name).string(), most, why);
+  if (!bytes) {
+    at.Refuse("the file \"" + name.string() + "\": " + why,
+              "a file of at most " + std::to_string(most >> 20U) + " MiB that can be read");
+  }
+  return *std::move(bytes);
 }
 
 }  // namespace nuvelta::virtual_notebook

@@ -89,7 +89,8 @@ ModemDescription ReadModem(const JsonCursor& at) {
   }
   const JsonObject object(
       at, {"present", "hardware_id", "instance_id", "adapter_name", "description", "friendly_name",
-           "oper_status", "mbim", "radio", "device_services", "latency_ms", "query", "set"});
+           "oper_status", "adapter_place", "device_place", "mbim", "radio", "device_services",
+           "latency_ms", "query", "set"});
   object.Read("present", modem.present);
   object.Read("hardware_id", modem.hardware_id);
   object.Read("instance_id", modem.instance_id);
@@ -97,6 +98,11 @@ ModemDescription ReadModem(const JsonCursor& at) {
   object.Read("description", modem.description);
   object.Read("friendly_name", modem.friendly_name);
   object.ReadWhole("oper_status", modem.oper_status, 1, 7);
+  const auto read_place = [&object](std::string_view key, std::optional<uint32_t>& place) {
+    if (const auto value = object.Find(key)) place = static_cast<uint32_t>(value->Whole(0, 65535));
+  };
+  read_place("adapter_place", modem.adapter_place);
+  read_place("device_place", modem.device_place);
   object.Read("mbim", modem.mbim);
   object.ReadWhole("radio", modem.radio, std::numeric_limits<int32_t>::min(),
                    std::numeric_limits<int32_t>::max());

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kTenYears = 3653LL * 24 * 3600;
+constexpr size_t kLargestLog = 4U << 20U;  // of those that are given with their content
 
 constexpr std::array kInterfaceWords{Word{"ethernet", uint32_t{6}}, Word{"wifi", uint32_t{71}},
                                      Word{"wwan", uint32_t{243}}};
@@ -88,23 +89,31 @@ std::vector<Session> ReadSessions(const JsonCursor& at) {
   return sessions;
 }
 
-uint64_t ReadLogSize(const JsonObject& object) {
+void ReadLogSize(const JsonObject& object, const std::string& folder, OldLog& log) {
   constexpr int64_t most = 10LL << 30U;  // sparse files of this size are still cheap
-  constexpr std::array<std::string_view, 2> keys{"size_mb", "size_bytes"};
+  constexpr std::array<std::string_view, 3> keys{"size_mb", "size_bytes", "raw_file"};
   const auto key = object.OneOf(keys);
-  if (!key) object.Where().Refuse("incomplete", "\"size_mb\" or \"size_bytes\" too");
-  const JsonCursor size = object.Need(*key);
-  return static_cast<uint64_t>(*key == "size_mb" ? size.Whole(0, most >> 20U) << 20U
-                                                 : size.Whole(0, most));
+  if (!key) {
+    object.Where().Refuse("incomplete", "\"size_mb\", \"size_bytes\" or \"raw_file\" too");
+  }
+  const JsonCursor value = object.Need(*key);
+  if (*key == "raw_file") {
+    log.content = ReadRawFile(value, folder, kLargestLog);
+    log.size = log.content->size();
+  } else {
+    log.size = static_cast<uint64_t>(*key == "size_mb" ? value.Whole(0, most >> 20U) << 20U
+                                                       : value.Whole(0, most));
+  }
 }
 
-std::vector<OldLog> ReadOldLogs(const JsonCursor& at) {
+std::vector<OldLog> ReadOldLogs(const JsonCursor& at, const std::string& folder) {
   std::vector<OldLog> logs;
   for (const JsonCursor& item : at.Items()) {
-    const JsonObject object(item, {"name", "age_days", "size_mb", "size_bytes", "in_use", "count"});
+    const JsonObject object(
+        item, {"name", "age_days", "size_mb", "size_bytes", "raw_file", "in_use", "count"});
     OldLog log;
     log.age = object.Need("age_days").Days(kTenYears / kSecondsPerDay);
-    log.size = ReadLogSize(object);
+    ReadLogSize(object, folder, log);
     object.Read("in_use", log.in_use);
     uint32_t count = 1;
     object.ReadWhole("count", count, 1, 1000);
@@ -121,6 +130,17 @@ std::vector<OldLog> ReadOldLogs(const JsonCursor& at) {
     }
   }
   return logs;
+}
+
+std::vector<ListedService> ReadServices(const JsonCursor& at) {
+  std::vector<ListedService> services;
+  for (const JsonCursor& item : at.Items()) {
+    const JsonObject object(item, {"name", "process"});
+    ListedService service{.name = object.Need("name").NonEmptyText()};
+    object.ReadWhole("process", service.process, 0, 0xFFFFFFFF);
+    services.push_back(std::move(service));
+  }
+  return services;
 }
 
 void ReadEnvironment(const JsonCursor& at, std::map<std::string, std::string>& environment) {
@@ -193,9 +213,10 @@ Notebook DefaultNotebook() {
 }
 
 Notebook ReadNotebook(const JsonCursor& at, const std::string& folder) {
-  const JsonObject object(at, {"firmware", "registry", "adapters", "devices", "modem", "accounts",
-                               "event_log", "sessions", "old_logs", "environment", "program_path",
-                               "program_version", "service_key", "power_settings_need_acceptance"});
+  const JsonObject object(
+      at, {"firmware", "registry", "adapters", "devices", "modem", "accounts", "event_log",
+           "sessions", "services", "old_logs", "environment", "program_path", "program_version",
+           "service_key", "uptime_s", "power_settings_need_acceptance"});
   Notebook notebook = DefaultNotebook();
   const auto read_list = [&object](std::string_view key, auto& list, auto read_item) {
     const auto value = object.Find(key);
@@ -211,7 +232,9 @@ Notebook ReadNotebook(const JsonCursor& at, const std::string& folder) {
   object.ReadWhole("accounts", notebook.accounts, 0, 1000);
   read_list("event_log", notebook.event_log, ReadRecord);
   if (const auto sessions = object.Find("sessions")) notebook.sessions = ReadSessions(*sessions);
-  if (const auto logs = object.Find("old_logs")) notebook.old_logs = ReadOldLogs(*logs);
+  if (const auto logs = object.Find("old_logs")) notebook.old_logs = ReadOldLogs(*logs, folder);
+  if (const auto services = object.Find("services")) notebook.services = ReadServices(*services);
+  if (const auto uptime = object.Find("uptime_s")) notebook.uptime = uptime->Seconds(0, kTenYears);
   if (const auto environment = object.Find("environment")) {
     ReadEnvironment(*environment, notebook.environment);
   }

@@ -19,6 +19,8 @@ inline constexpr int64_t kLongestPauseMs = 24LL * 3600 * 1000;
 // tells what is wrong with it.
 std::optional<std::string> ReadWholeFile(const std::string& path, size_t most, std::string& why);
 
+// Reads a file that a scenario names, in the scenario's folder or below it.
+std::string ReadRawFile(const JsonCursor& at, const std::string& folder, size_t most);
 // `folder` is where raw files lie.
 Notebook ReadNotebook(const JsonCursor& at, const std::string& folder);
 void ReadFirmware(const JsonCursor& at, const std::string& folder, Notebook& notebook);

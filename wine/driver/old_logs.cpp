@@ -32,17 +32,21 @@ fs::path FreePath(const fs::path& folder, time_t begun) {
   return folder / NameAt(begun);
 }
 
-// A file of zeros that takes no room, last written at `seconds`.
-Handle PutFile(const fs::path& file, uint64_t size, int64_t seconds, bool in_use) {
+// A file of the content, or of zeros that take no room, last written at `seconds`.
+Handle PutFile(const fs::path& file, const virtual_notebook::OldLog& log, int64_t seconds) {
   Handle handle(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE,
-                            in_use ? FILE_SHARE_READ : 0, nullptr, CREATE_ALWAYS,
+                            log.in_use ? FILE_SHARE_READ : 0, nullptr, CREATE_ALWAYS,
                             FILE_ATTRIBUTE_NORMAL, nullptr));
   const uint64_t ticks = virtual_notebook::FileTicks(std::chrono::seconds(seconds));
   const FILETIME time{.dwLowDateTime = static_cast<DWORD>(ticks),
                       .dwHighDateTime = static_cast<DWORD>(ticks >> 32U)};
   LARGE_INTEGER end{};
-  end.QuadPart = static_cast<LONGLONG>(size);
+  end.QuadPart = static_cast<LONGLONG>(log.size);
+  const std::string content = log.content.value_or(std::string());
+  DWORD written = 0;
   if (handle.get() == INVALID_HANDLE_VALUE ||
+      WriteFile(handle.get(), content.data(), static_cast<DWORD>(content.size()), &written,
+                nullptr) == FALSE ||
       SetFilePointerEx(handle.get(), end, nullptr, FILE_BEGIN) == FALSE ||
       SetEndOfFile(handle.get()) == FALSE ||
       SetFileTime(handle.get(), nullptr, nullptr, &time) == FALSE) {
@@ -85,7 +89,7 @@ std::vector<Handle> PutOldLogs(const fs::path& folder,
   for (const virtual_notebook::OldLog& log : logs) {
     const int64_t seconds = now - std::chrono::duration_cast<std::chrono::seconds>(log.age).count();
     const fs::path file = log.name.empty() ? FreePath(folder, seconds) : folder / Wide(log.name);
-    Handle handle = PutFile(file, log.size, seconds, log.in_use);
+    Handle handle = PutFile(file, log, seconds);
     if (log.in_use) in_use.push_back(std::move(handle));
   }
   return in_use;
