@@ -8,6 +8,7 @@
 
 #include "notebook/model/scenario.h"
 #include "notebook/program/summary.h"
+#include "support/capture/capture.h"
 
 namespace nuvelta::story {
 
@@ -31,6 +32,12 @@ struct DoctorCommand {
   bool json = false;
 };
 
+struct CaptureCommand {
+  std::string file;
+  std::optional<double> at;  // seconds of the story
+  support::CaptureRequest request;
+};
+
 // All scenarios, "-" being the one on standard input, or none when one of them is
 // bad; says which.
 std::optional<std::vector<virtual_notebook::Scenario>> ReadAll(
@@ -46,6 +53,8 @@ int Run(const RunOptions& options);
 // Plays a scenario up to a moment and has the support program's doctor look at the notebook
 // then. Answers the doctor's exit code.
 int Doctor(const DoctorCommand& command);
+// The same with a capture of the notebook. Answers the capture's exit code.
+int Capture(const CaptureCommand& command);
 // Lists the scenarios of a folder with their titles.
 int List(const std::string& folder);
 // Reads scenarios and reports what is wrong with them.

@@ -38,7 +38,8 @@ int Main(int argc, char** argv) {
       "Exit code: 0 when every story ran to its end, 1 when the service crashed or was stuck,\n"
       "2 for bad input, 4 when the log or the report could not be written, 128 and the signal\n"
       "when interrupted. Of doctor: 0 radio on, 1 off by rule, 2 off by failure, 3 unknown,\n"
-      "4 for bad input or when the answer could not be written. The scenario format is described "
+      "4 for bad input or when the answer could not be written. Of capture: 0 written, 4 bad "
+      "input, 5 not written. The scenario format is described "
       "in docs/scenarios.md.");
 
   RunOptions run_options;
@@ -88,12 +89,31 @@ int Main(int argc, char** argv) {
   doctor->add_flag("--json", doctor_command.json,
                    "A JSON object, as docs/doctor.schema.json has it");
 
+  CaptureCommand capture_command;
+  CLI::App* capture = app.add_subcommand(
+      "capture", "Write a notebook at a moment of its story down as another scenario");
+  capture->add_option("FILE", capture_command.file, "The scenario file; - is standard input")
+      ->required();
+  capture
+      ->add_option("-o,--output", capture_command.request.folder,
+                   "The folder; one that is there is replaced if it is a capture")
+      ->type_name("FOLDER")
+      ->required();
+  capture
+      ->add_option("--at", capture_command.at,
+                   "Seconds from the story's start (default: at rest behind its last event)")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, kLongestStory));
+  capture->add_flag("--no-query", no_query, "Leave the modem alone: no session, no command");
+  capture->add_flag("--keep-names", capture_command.request.keep_names,
+                    "Keep serial numbers, asset tags, the UUID, account and computer names");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream err;
-    const int bad = doctor->count() > 0 ? support::kBadInput : kBadInput;
+    const int bad = doctor->count() + capture->count() > 0 ? support::kBadInput : kBadInput;
     const int result = app.exit(error, out, err) == 0 ? kRanToItsEnd : bad;
     StandardOutput().Print(out.str());
     std::fputs(err.str().c_str(), stderr);
@@ -103,6 +123,8 @@ int Main(int argc, char** argv) {
   if (run->parsed()) return Run(run_options);
   doctor_command.query = !no_query;
   if (doctor->parsed()) return Doctor(doctor_command);
+  capture_command.request.query = !no_query;
+  if (capture->parsed()) return Capture(capture_command);
   if (list->parsed()) return List(folder);
   if (calls->parsed()) return Calls(schema);
   return Check(checked);

@@ -19,6 +19,7 @@ inline constexpr int kRadioOffByRule = 1;
 inline constexpr int kRadioOffByFailure = 2;
 inline constexpr int kRadioUnknown = 3;
 inline constexpr int kBadInput = 4;
+inline constexpr int kNotWritten = 5;
 
 int ExitCodeOf(Verdict verdict);
 

@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/clock.h"
+
 namespace nuvelta::support {
 
 using platform::AsyncStatus;
@@ -109,10 +111,15 @@ class WatchedOperation final : public platform::CommandOperation {
 
   void Completed(CompletedHandler handler) override {
     m_shared->Try("CommandOperation::Completed", [&] {
-      m_inner->Completed([shared = m_shared, handler = std::move(handler)](AsyncStatus status) {
-        shared->Note([&](QueryRecord& record) { record.state = status; });
-        handler(status);
-      });
+      m_inner->Completed(
+          [shared = m_shared, begin = m_begin, handler = std::move(handler)](AsyncStatus status) {
+            const auto took = platform::Os().clock->Now() - begin;
+            shared->Note([&](QueryRecord& record) {
+              record.state = status;
+              record.took = std::chrono::duration_cast<std::chrono::nanoseconds>(took);
+            });
+            handler(status);
+          });
     });
   }
   std::shared_ptr<platform::CommandResult> GetResults() override {
@@ -125,6 +132,7 @@ class WatchedOperation final : public platform::CommandOperation {
  private:
   const std::shared_ptr<platform::CommandOperation> m_inner;
   const SharedRecord m_shared;
+  const std::chrono::system_clock::time_point m_begin = platform::Os().clock->Now();
 };
 
 class WatchedSession final : public platform::CommandSession {

@@ -2,6 +2,7 @@
 // for byte, and a set command does not get through.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -18,7 +19,8 @@ struct QueryRecord {
   bool session = false;          // one was opened
   std::vector<uint8_t> payload;  // what was sent
   bool sent = false;
-  std::optional<platform::AsyncStatus> state;  // how it ended, when it did in time
+  std::optional<platform::AsyncStatus> state;    // how it ended, when it did in time
+  std::optional<std::chrono::nanoseconds> took;  // until then
   std::optional<uint32_t> status;
   std::optional<std::vector<uint8_t>> data;  // of the answer
   // The call that failed last, and how.

@@ -7,9 +7,6 @@
 
 namespace nuvelta::support {
 
-// The answer could not be written.
-inline constexpr int kNotWritten = 5;
-
 struct TimelineRequest {
   std::string path;   // a log file, or a folder with the logs of one notebook
   std::string page;   // where the page goes

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/hx2208_support/program.h"
+#include "support/capture/capture.h"
 #include "support/doctor.h"
 #include "support/explain.h"
 #include "support/timeline.h"
@@ -23,8 +24,8 @@ constexpr const char* kFooter =
     "4 bad input, 5 when the answer could not be written. Of several notebooks the one to be\n"
     "looked at first counts: off by failure, unknown, off by rule, on. docs/support.md describes\n"
     "the causes.\n"
-    "Exit code of timeline: 0 written, whatever the verdict, 4 bad input, also when a file that\n"
-    "is not its own is in the way, 5 when it could not be written.";
+    "Exit code of timeline and capture: 0 written, whatever the verdict, 4 bad input, also when a\n"
+    "file that is not their own is in the way, 5 when it could not be written.";
 
 void PrintTo(std::FILE* file, std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), file);
@@ -47,6 +48,7 @@ void Complain(std::string_view text) {
 struct Request {
   std::vector<std::string> paths;
   TimelineRequest timeline;
+  CaptureRequest capture;
   bool json = false;
   bool no_query = false;
 };
@@ -83,6 +85,20 @@ CLI::App* AddDoctor(CLI::App& app, Request& request) {
   return doctor;
 }
 
+CLI::App* AddCapture(CLI::App& app, Request& request) {
+  CLI::App* const capture = app.add_subcommand(
+      "capture", "Write this notebook down as a scenario, to be played elsewhere");
+  capture
+      ->add_option("-o,--output", request.capture.folder,
+                   "The folder; one that is there is replaced if it is a capture")
+      ->required();
+  capture->add_flag("--no-query", request.no_query,
+                    "Leave the modem alone: no session, no command");
+  capture->add_flag("--keep-names", request.capture.keep_names,
+                    "Keep serial numbers, asset tags, the UUID, account and computer names");
+  return capture;
+}
+
 int ExplainLogs(const Request& request, const Host& host) {
   const Print answer = host.at_once ? AnswerAtOnce : Answer;
   const auto explanation = request.json ? MakeJsonExplanation(answer, Complain)
@@ -106,6 +122,7 @@ int Main(int argc, char** argv, const Host& host) {
   AddExplain(app, request);
   const CLI::App* const timeline = AddTimeline(app, request);
   const CLI::App* const doctor = host.notebook ? AddDoctor(app, request) : nullptr;
+  const CLI::App* const capture = host.notebook ? AddCapture(app, request) : nullptr;
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -113,6 +130,10 @@ int Main(int argc, char** argv, const Host& host) {
   }
   if (timeline->parsed()) return WriteTimeline(request.timeline, Answer, Complain);
   if (doctor != nullptr && doctor->parsed()) return Doctor(request, host.colour);
+  if (capture != nullptr && capture->parsed()) {
+    request.capture.query = !request.no_query;
+    return Capture(request.capture, Answer, Complain);
+  }
   return ExplainLogs(request, host);
 }
 
