@@ -31,7 +31,9 @@ std::optional<uint32_t> StatusCode(std::string_view text) {
   return std::nullopt;
 }
 
-std::optional<std::chrono::sys_time<std::chrono::milliseconds>> TimeOf(std::string_view text) {
+}  // namespace
+
+std::optional<std::chrono::sys_time<std::chrono::milliseconds>> MomentOf(std::string_view text) {
   const auto part = [&](size_t at, size_t length) {
     int number = -1;
     if (text.size() < at + length) return number;
@@ -47,11 +49,9 @@ std::optional<std::chrono::sys_time<std::chrono::milliseconds>> TimeOf(std::stri
          std::chrono::milliseconds(part(20, 3));
 }
 
-}  // namespace
-
 std::optional<int64_t> MillisecondsBetween(std::string_view from, std::string_view to) {
-  const auto begin = TimeOf(from);
-  const auto end = TimeOf(to);
+  const auto begin = MomentOf(from);
+  const auto end = MomentOf(to);
   // Local time can jump; then it does not tell.
   if (!begin || !end || *end < *begin) return std::nullopt;
   return (*end - *begin).count();

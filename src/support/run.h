@@ -1,6 +1,7 @@
 // One run of the authentication task as its lines tell it.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -110,6 +111,8 @@ class RunReader {
   bool m_firmware_read = false;
 };
 
+// The local time of a log's line.
+std::optional<std::chrono::sys_time<std::chrono::milliseconds>> MomentOf(std::string_view text);
 // Milliseconds from one time of a log to another; none when they do not tell.
 std::optional<int64_t> MillisecondsBetween(std::string_view from, std::string_view to);
 

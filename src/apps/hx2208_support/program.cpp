@@ -9,6 +9,7 @@
 
 #include "apps/hx2208_support/program.h"
 #include "support/capture/capture.h"
+#include "support/capture/log_scenario.h"
 #include "support/doctor.h"
 #include "support/explain.h"
 #include "support/timeline.h"
@@ -24,7 +25,8 @@ constexpr const char* kFooter =
     "4 bad input, 5 when the answer could not be written. Of several notebooks the one to be\n"
     "looked at first counts: off by failure, unknown, off by rule, on. docs/support.md describes\n"
     "the causes.\n"
-    "Exit code of timeline and capture: 0 written, whatever the verdict, 4 bad input, also when a\n"
+    "Exit code of timeline, capture and scenario: 0 written, whatever the verdict, 4 bad input, "
+    "also when a\n"
     "file that is not their own is in the way, 5 when it could not be written.";
 
 void PrintTo(std::FILE* file, std::string_view text) {
@@ -49,6 +51,7 @@ struct Request {
   std::vector<std::string> paths;
   TimelineRequest timeline;
   CaptureRequest capture;
+  LogScenarioRequest scenario;
   bool json = false;
   bool no_query = false;
 };
@@ -99,6 +102,17 @@ CLI::App* AddCapture(CLI::App& app, Request& request) {
   return capture;
 }
 
+CLI::App* AddScenario(CLI::App& app, Request& request) {
+  CLI::App* const scenario =
+      app.add_subcommand("scenario", "Make a scenario of a log, to be played and changed");
+  scenario
+      ->add_option("LOG", request.scenario.path, "A log file, or the folder of one notebook's logs")
+      ->required();
+  scenario->add_option("-o,--output", request.scenario.file,
+                       "The scenario, FILE.json (default: standard output)");
+  return scenario;
+}
+
 int ExplainLogs(const Request& request, const Host& host) {
   const Print answer = host.at_once ? AnswerAtOnce : Answer;
   const auto explanation = request.json ? MakeJsonExplanation(answer, Complain)
@@ -121,6 +135,7 @@ int Main(int argc, char** argv, const Host& host) {
   Request request;
   AddExplain(app, request);
   const CLI::App* const timeline = AddTimeline(app, request);
+  const CLI::App* const scenario = AddScenario(app, request);
   const CLI::App* const doctor = host.notebook ? AddDoctor(app, request) : nullptr;
   const CLI::App* const capture = host.notebook ? AddCapture(app, request) : nullptr;
   try {
@@ -129,6 +144,7 @@ int Main(int argc, char** argv, const Host& host) {
     return app.exit(error) == 0 ? 0 : kBadInput;
   }
   if (timeline->parsed()) return WriteTimeline(request.timeline, Answer, Complain);
+  if (scenario->parsed()) return WriteLogScenario(request.scenario, Answer, Complain);
   if (doctor != nullptr && doctor->parsed()) return Doctor(request, host.colour);
   if (capture != nullptr && capture->parsed()) {
     request.capture.query = !request.no_query;

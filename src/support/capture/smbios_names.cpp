@@ -22,7 +22,7 @@ struct Field {
   uint8_t type, offset;  // of the string's number
   NameKind kind;
 };
-constexpr std::array kNamed{
+constexpr std::array kNameFields{
     Field{1, 0x07, NameKind::kSerialNumber},  Field{2, 0x07, NameKind::kSerialNumber},
     Field{2, 0x08, NameKind::kAssetTag},      Field{3, 0x07, NameKind::kSerialNumber},
     Field{3, 0x08, NameKind::kAssetTag},      Field{4, 0x20, NameKind::kSerialNumber},
@@ -31,7 +31,7 @@ constexpr std::array kNamed{
     Field{39, 0x08, NameKind::kSerialNumber}, Field{39, 0x09, NameKind::kAssetTag},
 };
 // Manufacturer, product, version, SKU and family of the system; of its board; of processors.
-constexpr std::array kTold{
+constexpr std::array kPlatformFields{
     Field{1, 0x04, {}}, Field{1, 0x05, {}}, Field{1, 0x06, {}}, Field{1, 0x19, {}},
     Field{1, 0x1A, {}}, Field{2, 0x04, {}}, Field{2, 0x05, {}}, Field{2, 0x06, {}},
     Field{4, 0x07, {}}, Field{4, 0x10, {}},
@@ -131,7 +131,7 @@ std::vector<FoundName> NamesInFirmware(const Bytes& bytes) {
   std::vector<FoundName> names;
   ForEachStructure(table, [&](const Structure& structure) {
     AddUuid(table, structure, names);
-    for (const Field& field : kNamed) {
+    for (const Field& field : kNameFields) {
       const std::string text = TextOf(table, structure, field);
       if (!IsNoName(text)) names.push_back({.kind = field.kind, .text = text});
     }
@@ -143,7 +143,7 @@ std::vector<std::string> PlatformTexts(const Bytes& bytes) {
   const SmbiosTable table(std::as_bytes(std::span(bytes)));
   std::vector<std::string> texts;
   ForEachStructure(table, [&](const Structure& structure) {
-    for (const Field& field : kTold) texts.push_back(TextOf(table, structure, field));
+    for (const Field& field : kPlatformFields) texts.push_back(TextOf(table, structure, field));
   });
   if (const auto content = FindFccContent(table)) {
     const auto fcc = table.Bytes(content->offset, std::min<size_t>(content->length, 256));
