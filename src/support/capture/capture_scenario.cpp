@@ -8,9 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "modem/hardware_id.h"
-#include "platform/network.h"
-#include "platform/vendor_service.h"
+#include "common/service_name.h"
 #include "support/capture/capture_modem.h"
 #include "support/capture/wide_text.h"
 #include "support/doctor_words.h"
@@ -87,10 +85,15 @@ Json SessionsOf(const CapturedNotebook& notebook) {
 
 Json ServicesOf(const CapturedNotebook& notebook) {
   Json services = Json::array();
+  // One that is not installed is, where the scenario is played.
+  const std::string own(kServiceName.begin(), kServiceName.end());
+  const bool listed =
+      std::ranges::find(notebook.services, own, &CapturedService::name) != notebook.services.end();
   for (const CapturedService& service : notebook.services) {
     services.push_back({{"name", service.name}});
     if (service.process != 0) services.back()["process"] = service.process;
   }
+  if (!listed) services.push_back({{"name", own}});
   return services;
 }
 
