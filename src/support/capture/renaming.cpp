@@ -207,6 +207,7 @@ std::vector<std::string> Renaming::SurvivorsIn(std::string_view bytes) const {
     if (bytes.find(spelling.exact) != std::string_view::npos) found.insert(spelling.name);
   }
   std::vector<std::string> names;
+  names.reserve(found.size());
   for (const size_t index : found) names.push_back(m_names[index]);
   return names;
 }
