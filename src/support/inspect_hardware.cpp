@@ -17,6 +17,7 @@
 #include "platform/vendor_service.h"
 #include "support/inspections.h"
 #include "support/printable.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

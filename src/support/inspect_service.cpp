@@ -18,6 +18,7 @@
 #include "support/inspections.h"
 #include "support/log_files.h"
 #include "support/printable.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -60,38 +60,4 @@ std::string Printable(std::string_view text) {
   return result;
 }
 
-std::string Utf8Of(std::u16string_view text) {
-  constexpr char32_t kNoLetter = 0xFFFD;
-  std::string result;
-  for (size_t i = 0; i < text.size(); ++i) {
-    char32_t letter = text[i];
-    const bool pair = letter >= 0xD800 && letter < 0xDC00 && i + 1 < text.size() &&
-                      text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000;
-    if (pair) {
-      letter = 0x10000 + ((letter - 0xD800) << 10U) + (text[++i] - 0xDC00U);
-    } else if (letter >= 0xD800 && letter < 0xE000) {
-      letter = kNoLetter;
-    }
-    const auto put_rest = [&](unsigned shift) {
-      result += static_cast<char>(0x80U | (letter >> shift & 0x3FU));
-    };
-    if (letter < 0x80) {
-      result += static_cast<char>(letter);
-      continue;
-    }
-    if (letter < 0x800) {
-      result += static_cast<char>(0xC0U | letter >> 6U);
-    } else if (letter < 0x10000) {
-      result += static_cast<char>(0xE0U | letter >> 12U);
-      put_rest(6);
-    } else {
-      result += static_cast<char>(0xF0U | letter >> 18U);
-      put_rest(12);
-      put_rest(6);
-    }
-    put_rest(0);
-  }
-  return result;
-}
-
 }  // namespace nuvelta::support

@@ -10,8 +10,8 @@
 #include "modem/hardware_id.h"
 #include "platform/network.h"
 #include "platform/vendor_service.h"
-#include "support/capture/wide_text.h"
 #include "support/doctor_words.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

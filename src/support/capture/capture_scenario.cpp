@@ -10,8 +10,8 @@
 
 #include "common/service_name.h"
 #include "support/capture/capture_modem.h"
-#include "support/capture/wide_text.h"
 #include "support/doctor_words.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <charconv>
 
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

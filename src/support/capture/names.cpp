@@ -17,7 +17,7 @@
 #include "support/capture/event_record.h"
 #include "support/capture/read_notebook.h"
 #include "support/capture/smbios_names.h"
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

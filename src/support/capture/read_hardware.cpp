@@ -10,7 +10,7 @@
 #include "platform/registry.h"
 #include "platform/threads.h"
 #include "support/capture/read_notebook.h"
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

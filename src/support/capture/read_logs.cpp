@@ -7,7 +7,7 @@
 #include "platform/inspection.h"
 #include "platform/platform.h"
 #include "support/capture/read_notebook.h"
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -20,8 +20,8 @@
 #include "platform/system_info.h"
 #include "platform/threads.h"
 #include "support/capture/read_notebook.h"
-#include "support/capture/wide_text.h"
 #include "support/inspections.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "common/text_util.h"
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

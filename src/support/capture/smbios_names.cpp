@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "auth/smbios.h"
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 namespace nuvelta::support {
 

@@ -1,4 +1,4 @@
-#include "support/capture/wide_text.h"
+#include "support/wide_text.h"
 
 #include "common/text_util.h"
 

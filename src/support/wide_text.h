@@ -1,4 +1,5 @@
-// Between the UTF-8 of a capture, the UTF-16 of the system and its ANSI code page.
+// Between UTF-8, the UTF-16 of the system and its ANSI code page. (The service turns UTF-16
+// into the code page, which lacks most letters.)
 #pragma once
 
 #include <span>
