@@ -16,7 +16,6 @@
 #include "platform/threads.h"
 #include "platform/vendor_service.h"
 #include "support/inspections.h"
-#include "support/printable.h"
 #include "support/wide_text.h"
 
 namespace nuvelta::support {

@@ -17,7 +17,6 @@
 #include "platform/registry.h"
 #include "support/inspections.h"
 #include "support/log_files.h"
-#include "support/printable.h"
 #include "support/wide_text.h"
 
 namespace nuvelta::support {
