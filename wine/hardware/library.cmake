@@ -21,3 +21,5 @@ set_target_properties(wine_hardware PROPERTIES OUTPUT_NAME iphlpapi PREFIX "")
 target_compile_definitions(wine_hardware PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
 target_link_libraries(wine_hardware PRIVATE nuvelta_wine_story nuvelta_wine_fakes advapi32)
 nuvelta_static(wine_hardware)
+# Wine 8's dump writer reads the debug information of what is loaded, and can take for ever.
+target_link_options(wine_hardware PRIVATE -Wl,-s)

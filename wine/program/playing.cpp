@@ -96,10 +96,13 @@ WineStory PlayOnce(WinePrefix& prefix, const std::vector<std::string>& order,
   return story;
 }
 
-// Wine's manager may fail to start a process at all, with ERROR_INTERNAL_ERROR. It was
-// seen on a busy machine; the driver says so only when the service has not begun.
+// Wine's manager may fail to start a process at all, with ERROR_INTERNAL_ERROR, or have waited
+// for it in vain, with ERROR_SERVICE_REQUEST_TIMEOUT. Both were seen on a busy machine; the
+// driver says so only when the service has not begun.
 bool IsManagersFault(const std::exception& error) {
-  return std::string_view(error.what()).ends_with("the service cannot be started: error 1359");
+  const std::string_view text = error.what();
+  return text.ends_with("the service cannot be started: error 1359") ||
+         text.ends_with("the service cannot be started: error 1053");
 }
 
 WineStory PlayAgain(WinePrefix& prefix, const std::vector<std::string>& order,
@@ -109,8 +112,9 @@ WineStory PlayAgain(WinePrefix& prefix, const std::vector<std::string>& order,
     return PlayOnce(prefix, order, scenario, print);
   } catch (const std::runtime_error& error) {
     if (!IsManagersFault(error)) throw;
+    std::fprintf(stderr, "Wine's service manager failed; the story begins again: %s\n",
+                 error.what());
   }
-  std::fprintf(stderr, "Wine's service manager failed (error 1359); the story begins again\n");
   prefix.End();
   return PlayOnce(prefix, order, scenario, print);
 }
