@@ -122,7 +122,7 @@ def sequences(tables):
 
 def service(tables):
     row, = tables.rows("ServiceInstall")
-    source = (ROOT / "src/service/service_main.cpp").read_text()
+    source = (ROOT / "src/common/service_name.h").read_text()
     if row["Name"] != SERVICE or f'u"{row["Name"]}"' not in source:
         yield f"service: it is named {row['Name']}, not as its program registers"
     # Own process, automatic, and the installation fails with it; no arguments: Windows
