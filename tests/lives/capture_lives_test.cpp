@@ -66,7 +66,7 @@ void MakeSteady(Dice& dice, json& modem) {
     json answer = modem["query"][0];
     answer["times"] = "always";
     answer.erase("late_ms");
-    modem["query"] = {answer};
+    modem["query"] = json::array({answer});
   } else {
     modem.erase("query");
   }

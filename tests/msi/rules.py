@@ -2,8 +2,10 @@
 
 Facts: the reference of Windows Installer's tables. What Wine ignores is held here alone.
 """
+import pathlib
 import re
 import subprocess
+import tempfile
 
 from machine import ROOT, SERVICE
 
@@ -30,14 +32,16 @@ KEYS = [("Component", "Directory_", "Directory"), ("File", "Component_", "Compon
 
 class Tables:
     def __init__(self, msi):
-        self.msi = str(msi)
+        self.msi = str(pathlib.Path(msi).resolve())
         self.names = self.ask("tables").split()
         self.summary = self.ask("suminfo")
         self.read = {}
 
     def ask(self, *what):
-        return subprocess.run(["msiinfo", what[0], self.msi, *what[1:]], capture_output=True,
-                              text=True, check=True).stdout
+        # Of a table that holds files it leaves those in its folder.
+        with tempfile.TemporaryDirectory() as folder:
+            return subprocess.run(["msiinfo", what[0], self.msi, *what[1:]], capture_output=True,
+                                  text=True, check=True, cwd=folder).stdout
 
     def rows(self, table):
         if table not in self.read:
