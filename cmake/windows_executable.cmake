@@ -59,17 +59,11 @@ function(nuvelta_resources target identity description)
 endfunction()
 
 # Links TARGET as it is shipped: hardened, reproducible, with the link map and the debug
-# symbols in files beside it. Its entry is wmain, or main with NARROW behind it.
+# symbols in files beside it. Its entry is wmain.
 function(nuvelta_ship target)
   nuvelta_static(${target})
-  set(entry w)
-  set(unicode -municode)
-  if("NARROW" IN_LIST ARGN)
-    set(entry "")
-    set(unicode "")
-  endif()
   if(MSVC)
-    target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:${entry}mainCRTStartup /guard:cf
+    target_link_options(${target} PRIVATE /SUBSYSTEM:CONSOLE /ENTRY:wmainCRTStartup /guard:cf
       /CETCOMPAT /DEPENDENTLOADFLAG:0x800 /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /MAP /DEBUG
       # Incremental linking would keep what nothing refers to.
       /OPT:REF /INCREMENTAL:NO /Brepro
@@ -79,7 +73,7 @@ function(nuvelta_ship target)
   endif()
   # Relative to the build folder, which the symbols would name otherwise.
   file(RELATIVE_PATH folder ${CMAKE_BINARY_DIR} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
-  target_link_options(${target} PRIVATE ${unicode} -mconsole -Wl,-Map,${folder}/${target}.map)
+  target_link_options(${target} PRIVATE -municode -mconsole -Wl,-Map,${folder}/${target}.map)
   set(files ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.map)
   find_program(NUVELTA_LLVM_OBJCOPY llvm-objcopy-16 REQUIRED)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)

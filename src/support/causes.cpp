@@ -1,6 +1,5 @@
 #include "support/causes.h"
 
-#include <algorithm>
 #include <array>
 
 namespace nuvelta::support {
@@ -133,12 +132,6 @@ constexpr std::array kCauses{
 std::span<const CauseInfo> Causes() { return kCauses; }
 
 const CauseInfo& InfoOf(Cause cause) { return kCauses[static_cast<size_t>(cause)]; }
-
-std::optional<Cause> CauseOf(std::string_view id) {
-  const auto* const found = std::ranges::find(kCauses, id, &CauseInfo::id);
-  if (found == kCauses.end()) return std::nullopt;
-  return found->cause;
-}
 
 const char* NameOf(Verdict verdict) {
   switch (verdict) {

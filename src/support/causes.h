@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -69,7 +68,6 @@ struct CauseInfo {
 // In the order of `Cause`.
 std::span<const CauseInfo> Causes();
 const CauseInfo& InfoOf(Cause cause);
-std::optional<Cause> CauseOf(std::string_view id);
 
 // "radio on", "radio off by rule" and so on.
 const char* NameOf(Verdict verdict);

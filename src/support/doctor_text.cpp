@@ -7,6 +7,7 @@
 #include "support/doctor.h"
 #include "support/doctor_words.h"
 #include "support/printable.h"
+#include "support/run_text.h"
 
 namespace nuvelta::support {
 
@@ -302,20 +303,6 @@ class DoctorText {
                m_all.service.process.dwCurrentState != platform::kServiceRunning) {
       m_text += "     but         the service does not run: start it\n";
     }
-  }
-
-  static const char* ColourOf(Verdict verdict) {
-    switch (verdict) {
-      case Verdict::kOn:
-        return "\x1B[32m";
-      case Verdict::kOffByRule:
-        return "\x1B[33m";
-      case Verdict::kOffByFailure:
-        return "\x1B[31m";
-      case Verdict::kUnknown:
-        break;
-    }
-    return "\x1B[35m";
   }
 
   const Diagnosis& m_all;

@@ -32,20 +32,6 @@ std::string Counted(uint64_t count, const char* one, const char* many) {
   return std::to_string(count) + ' ' + (count == 1 ? one : many);
 }
 
-const char* ColourOf(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::kOn:
-      return "\x1B[32m";
-    case Verdict::kOffByRule:
-      return "\x1B[33m";
-    case Verdict::kOffByFailure:
-      return "\x1B[31m";
-    case Verdict::kUnknown:
-      break;
-  }
-  return "\x1B[35m";
-}
-
 class TextExplanation final : public Explanation {
  public:
   TextExplanation(Print print, Print complain, bool colour)

@@ -24,7 +24,6 @@ enum class LineKind : uint8_t {
   kResumesNotHeard,
   kNoStopEvent,
   kNoWorker,  // rest: the error
-  kWorkerEnds,
   kStopAsked,
 
   // What makes a task.
@@ -48,7 +47,6 @@ enum class LineKind : uint8_t {
   kRestartAsked,
   kRestartFailed,  // rest: the error
   kNoServiceName,
-  kBudget,  // of the printed list; rest: the runs left
 
   // The modem's presence.
   kAdaptersNotRead,
@@ -67,7 +65,6 @@ enum class LineKind : uint8_t {
   // The verification switches.
   kSwitchesBegin,
   kOldSwitchAbsent,
-  kNewSwitchAbsent,
   kSwitchValue,  // rest: the value
   kSwitchOffBy0,
   kSwitchOffBy1,
@@ -81,7 +78,6 @@ enum class LineKind : uint8_t {
   kDevicesNotRead,  // rest: the error
   kDeviceId,        // rest: the modem's id, or nothing
   kNoDeviceId,
-  kCompared,  // rest: platform key and device id
   kNotAllowed,
   kAllowed,
 
@@ -95,7 +91,6 @@ enum class LineKind : uint8_t {
   kEnterQuery,
   kEnterSet,
   kNoModem,
-  kListedService,  // rest: the id
   kVendorService,
   kNoVendorService,
   kServiceRefused,
@@ -111,7 +106,6 @@ enum class LineKind : uint8_t {
   kOtherException,
   kSetAnswered,
   kQueryFailed,
-  kLevel,  // rest: the level
   kSaysUnsupported,
   kNotReady,
   kAlreadyOn,

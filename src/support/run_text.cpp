@@ -173,4 +173,18 @@ std::string TextOf(const Note& note) {
   return {};
 }
 
+const char* ColourOf(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kOn:
+      return "\x1B[32m";
+    case Verdict::kOffByRule:
+      return "\x1B[33m";
+    case Verdict::kOffByFailure:
+      return "\x1B[31m";
+    case Verdict::kUnknown:
+      break;
+  }
+  return "\x1B[35m";
+}
+
 }  // namespace nuvelta::support

@@ -21,4 +21,7 @@ const char* NameOf(TriggerKind kind);
 // What a note says, with its text where it has one. Fit to be printed.
 std::string TextOf(const Note& note);
 
+// The escape sequence by which a terminal colours what follows.
+const char* ColourOf(Verdict verdict);
+
 }  // namespace nuvelta::support

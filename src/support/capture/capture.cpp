@@ -41,7 +41,7 @@ Captured MakeWithoutNames(const CapturedNotebook& notebook) {
   }
 }
 
-// "2 serial numbers (8 and 10 characters)".
+// "2 serial numbers (8, 10 characters)".
 std::string CountOf(NameKind kind, const std::vector<size_t>& lengths) {
   std::string text = std::to_string(lengths.size()) + " " + NameOf(kind);
   text += lengths.size() == 1 ? " (" : "s (";

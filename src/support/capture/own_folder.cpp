@@ -6,6 +6,7 @@
 
 #include "common/log_folder.h"
 #include "support/own_file.h"
+#include "support/path_text.h"
 
 namespace nuvelta::support {
 
@@ -16,8 +17,6 @@ namespace {
 constexpr const char* kMark = ".hx2208_capture";
 constexpr const char* kMarkText = "hx2208_support capture\n";
 
-fs::path PathOf(const std::string& utf8) { return {std::u8string(utf8.begin(), utf8.end())}; }
-
 // What a capture before has left.
 std::error_code RemoveCapture(const fs::path& folder, const std::string& last) {
   std::error_code error;
@@ -26,8 +25,7 @@ std::error_code RemoveCapture(const fs::path& folder, const std::string& last) {
   if (error || fs::is_symlink(folder / "logs")) return error;
   std::error_code none;
   for (const auto& file : fs::directory_iterator(folder / "logs", none)) {
-    const std::u8string name = file.path().filename().u8string();
-    const std::string text(name.begin(), name.end());
+    const std::string text = TextOf(file.path().filename());
     if (!text.starts_with(kLogFilePrefix) || !text.ends_with(kLogFileSuffix)) continue;
     fs::remove(file.path(), error);
     if (error) return error;
